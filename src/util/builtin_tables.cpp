@@ -1,0 +1,78 @@
+// builtin_tables.cpp - every message of the library's own modules, English and Japanese side by
+// side. A Japanese text names the arguments of the English one by position, each exactly once.
+#include "util/builtin_tables.h"
+
+#include "util/message_table.h"
+
+namespace qxut {
+namespace {
+
+constexpr auto kErrorMessages = make_messages<1>({
+    {"ASSERTION_FAULT", "Assertion fault \"%s\" in file \"%s\", line %d.",
+     "ファイル \"%2\" の %3 行目で表明 \"%1\" が成り立ちませんでした。"},
+    {"INCORRECT_MAGIC",
+     "Internal Error: Incorrect use of magic macros discovered at file \"%s\", line %d.",
+     "内部エラー: ファイル \"%1\" の %2 行目でマジックマクロの誤った使用が見つかりました。"},
+    {"ERR_RETHROW", "%s", "%1"},
+    {"ERR_SIGNAL_INTERRUPT", "", ""},
+    {"ERR_VALUE_OVERFLOW_TYPE",
+     "Maximum variable size allowed by the program is exceeded.\n"
+     "Value of type \"%s\" cannot be represented as type \"%s\" in file \"%s\", line %d.\n(%s).",
+     "プログラムで許される変数の最大サイズを超えました。\n"
+     "ファイル \"%3\" の %4 行目で、型 \"%1\" の値を型 \"%2\" で表すことができません。\n(%5)。"},
+    {"ERR_UNSUPPORTED_FP_FMT",
+     "Encountered unsupported floating point format. Expected IEEE little endian or big endian "
+     "format, encountered VAX or Cray floating point format.",
+     "対応していない浮動小数点形式です。IEEE のリトルエンディアンまたはビッグエンディアン形式が"
+     "必要ですが、VAX または Cray の浮動小数点形式が見つかりました。"},
+    {"ERR_FATAL", "", ""},
+});
+
+constexpr auto kMemoryMessages = make_messages<2>({
+    {"OUT_OF_MEMORY", "Error: Out of memory.", "エラー: メモリが不足しています。"},
+});
+
+constexpr auto kHashMessages = make_messages<3>({
+    {"HASH_INVALID_LOWER_LOAD_BOUND",
+     "Internal Error: Load factor lower bound must be greater than or equal to 0.",
+     "内部エラー: 負荷率の下限は 0 以上でなければなりません。"},
+    {"HASH_INVALID_UPPER_LOAD_BOUND",
+     "Internal Error: Load factor upper bound must be greater than 0.",
+     "内部エラー: 負荷率の上限は 0 より大きくなければなりません。"},
+    {"HASH_INVALID_LOAD_BOUND_RANGE",
+     "Internal Error: Load factor upper bound must be greater than lower bound.",
+     "内部エラー: 負荷率の上限は下限より大きくなければなりません。"},
+});
+
+constexpr auto kFpcMessages = make_messages<25>({
+    {"FPC_BUFFER_TOO_SMALL",
+     "Internal Error: Cannot format a floating point number using the specified buffer size of "
+     "%ld characters, %ld would be required to format this number",
+     "内部エラー: 指定された %1 文字のバッファーでは浮動小数点数を書式化できません。"
+     "この数には %2 文字が必要です"},
+});
+
+constexpr auto kWarningMessages = make_messages<4>({
+    {"WARN_ALL", "All warnings.", "すべての警告。"},
+    {"WARNING_HINT", "(Type \"warning off %s\" to suppress this warning.)",
+     "(この警告を止めるには \"warning off %1\" と入力してください。)"},
+    {"WARNING_PREFIX", "Warning: ", "警告: "},
+});
+
+constexpr ut_translated_table kJapaneseTables[] = {
+    kErrorMessages.translated(),   kMemoryMessages.translated(), kHashMessages.translated(),
+    kWarningMessages.translated(), kFpcMessages.translated(),
+};
+
+}  // namespace
+
+constexpr ut_message_table error_message_table = kErrorMessages.primary("error");
+constexpr ut_message_table memory_message_table = kMemoryMessages.primary("memory");
+constexpr ut_message_table hash_message_table = kHashMessages.primary("hash");
+constexpr ut_message_table warning_message_table = kWarningMessages.primary("warning");
+constexpr ut_message_table fpc_message_table = kFpcMessages.primary("fpc");
+
+constexpr ut_language_tables builtin_japanese = {sizeof kJapaneseTables / sizeof kJapaneseTables[0],
+                                                 kJapaneseTables};
+
+}  // namespace qxut

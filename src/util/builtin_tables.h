@@ -1,0 +1,21 @@
+// builtin_tables.h - the message tables of the library's own modules, and their Japanese texts.
+#ifndef QXUT_SRC_UTIL_BUILTIN_TABLES_H
+#define QXUT_SRC_UTIL_BUILTIN_TABLES_H
+
+#include <qxut/util/message.h>
+
+namespace qxut {
+
+extern const ut_message_table error_message_table;    // module 1
+extern const ut_message_table memory_message_table;   // module 2
+extern const ut_message_table hash_message_table;     // module 3
+extern const ut_message_table warning_message_table;  // module 4
+extern const ut_message_table fpc_message_table;      // module 25
+
+// The texts of all of the above in Japanese, UTF-8.
+extern const ut_language_tables builtin_japanese;
+inline constexpr char kJapanese[] = "ja";
+
+}  // namespace qxut
+
+#endif

@@ -1,0 +1,267 @@
+// error.cpp - raising messages, unwinding try frames.
+//
+// A context holds a chain of frames and the cleanup items registered since the innermost one was
+// opened; each frame keeps the list it found. Newest first:
+//
+//   context.cleanup -> item -> item -> 0       context.frame -> [ frame ] -> [ frame ] -> null
+//                                                                   '-> saved cleanup list
+//
+// Raising a code: (1) ask the handlers, innermost frame first, while nothing has been cleaned up
+// yet; (2) unwind to the frame that accepted: each item is unlinked before it runs, so one that
+// raises is not run twice; (3) transfer control to that frame. The unwind target is set from the
+// first handler call to the end of the unwinding. A raise that finds it set comes from a handler
+// or an item, and first finishes the unwinding that it interrupted.
+//
+// Only transfer() and catch_in() know how control travels: as a C++ exception, so destructors
+// between raise and frame run too, after the items. Nothing here allocates but the exception
+// object itself, for which the C++ runtime keeps an emergency pool.
+//
+// Entry points: ut_try_catch, ut_verror_id. Tested by tests/util/error_test.cpp.
+#include <qxut/util/error.h>
+
+#include <cstring>
+
+#include <qxut/util/interrupt.h>
+#include <qxut/util/message.h>
+#include <qxut/system/termination.hpp>
+
+#include "util/builtin_tables.h"
+#include "util/cleanup_guard.h"
+
+namespace qxut {
+
+void* cleanup_object(const void* variable) {
+    void* object = nullptr;
+    std::memcpy(&object, variable, sizeof object);
+    return object;
+}
+
+namespace {
+
+// What travels from raise to frame. Thrown by value; nobody outside this file catches it by name.
+struct Transfer {
+    const _error_context* context;
+    const ut_try_frame* target;
+};
+
+constexpr ut_cleanup_link kTwoFieldForm = 1;
+
+void run_item(ut_cleanup_link link) {
+    if ((link & kTwoFieldForm) != 0) {
+        const auto* item = reinterpret_cast<const ut_cleanup_item_2*>(link & ~kTwoFieldForm);
+        item->clean(item->argument, cleanup_object(item->variable));
+    } else {
+        const auto* item = reinterpret_cast<const ut_cleanup_item*>(link);
+        item->clean(cleanup_object(item->variable));
+    }
+}
+
+ut_cleanup_link next_item(ut_cleanup_link link) {
+    return reinterpret_cast<const ut_cleanup_item*>(link & ~kTwoFieldForm)->next;
+}
+
+bool is_mark(const ut_try_frame& frame) {
+    return frame.message_handler == nullptr && frame.identifier_handler == nullptr;
+}
+
+// Runs items and pops frames down to the unwind target: a target with a handler is popped, a
+// mark stays. Without a target everything goes.
+void unwind(_error_context& context) {
+    for (;;) {
+        while (context.cleanup != 0) {
+            const ut_cleanup_link head = context.cleanup;
+            context.cleanup = next_item(head);
+            run_item(head);
+        }
+        ut_try_frame* const frame = context.frame;
+        if (frame == nullptr) break;
+        const bool reached = frame == context.unwind_target;
+        if (!reached || !is_mark(*frame)) {
+            context.cleanup = frame->saved_cleanup;
+            context.frame = frame->outer;
+        }
+        if (reached) break;
+    }
+    context.unwind_target = nullptr;
+}
+
+// Asks one frame's handler, giving it a list of its own: a list that one handler consumed must
+// not reach the next.
+bool accepts(_error_context& context, const ut_try_frame& frame, const char* identifier,
+             ut_message_code code, va_list arguments) {
+    va_list own;
+    va_copy(own, arguments);
+    const int answer =
+        frame.message_handler != nullptr
+            ? frame.message_handler(&context, frame.handler_data, code, own)
+            : frame.identifier_handler(&context, frame.handler_data, identifier, code, own);
+    va_end(own);
+    return answer != 0;
+}
+
+[[noreturn]] void transfer(const _error_context& context, const ut_try_frame& target) {
+    throw Transfer{&context, &target};
+}
+
+[[noreturn]] void end_uncaught(_error_context& context, ut_try_frame* mark, const char* identifier,
+                               ut_message_code code, va_list arguments) {
+    ut_verror_print(&context, code, arguments);
+    context.unwind_target = mark;
+    unwind(context);
+    context.error_handler(context.error_handler_data, identifier, code);
+    Quorvanix::System::fatal("The error handler returned.");
+}
+
+ut_message_code catch_in(_error_context& context, ut_try_frame& frame, void* data,
+                         ut_try_body body) {
+    frame.outer = context.frame;
+    frame.saved_cleanup = context.cleanup;
+    frame.handler_data = data;
+    frame.result = 0;
+    ut_try_frame* const target_before = context.unwind_target;
+    context.cleanup = 0;
+    context.frame = &frame;
+    utSignalState signals;
+    utSaveSignals(&signals);
+
+    // Anything that is not an accepted error of this context leaves its lists as a return would.
+    const auto close = [&] {
+        context.cleanup = frame.saved_cleanup;
+        context.frame = frame.outer;
+    };
+    const auto pass_foreign = [&] {
+        close();
+        context.unwind_target = target_before;
+    };
+    try {
+        body(&context, data);
+    } catch (const Transfer& arrived) {
+        if (arrived.target == &frame) {
+            utRestoreSignals(&signals);
+            return frame.result;
+        }
+        if (arrived.context != &context) pass_foreign();
+        throw;
+    } catch (...) {
+        pass_foreign();
+        throw;
+    }
+    close();
+    return frame.result;
+}
+
+}  // namespace
+}  // namespace qxut
+
+using namespace qxut;
+
+void ut_initialize_error_context(int32_t* status, _error_context* context,
+                                 ut_message_context* messages, ut_writer print,
+                                 void* print_destination, ut_realloc_fcn reallocate) {
+    *context = _error_context{};
+    context->messages = messages;
+    context->print = print;
+    context->print_destination = print_destination;
+    context->reserved = [] {};
+    context->error_handler = ut_error_exit_function;
+    ut_add_primary_message_table(status, messages, &error_message_table, reallocate);
+}
+
+void ut_register_error_handler(_error_context* context, ut_error_handler handler, void* data) {
+    context->error_handler = handler;
+    context->error_handler_data = data;
+}
+
+void ut_error_exit_function(void* /*data*/, const char* identifier, ut_message_code /*code*/) {
+    Quorvanix::System::fatal(identifier);
+}
+
+ut_message_code ut_try_catch(_error_context* context, void* data, ut_try_body body,
+                             ut_message_handler handler) {
+    ut_try_frame frame;
+    frame.message_handler = handler;
+    frame.identifier_handler = nullptr;
+    return catch_in(*context, frame, data, body);
+}
+
+ut_message_code ut_try_catch_id(_error_context* context, void* data, ut_try_body body,
+                                ut_identifier_handler handler) {
+    ut_try_frame frame;
+    frame.message_handler = nullptr;
+    frame.identifier_handler = handler;
+    return catch_in(*context, frame, data, body);
+}
+
+void ut_verror_id(_error_context* context, const char* identifier, ut_message_code code,
+                  va_list arguments) {
+    if (context->unwind_target != nullptr) unwind(*context);
+    ut_try_frame* frame = context->frame;
+    for (; frame != nullptr; frame = frame->outer) {
+        context->unwind_target = frame;
+        if (is_mark(*frame)) break;
+        if (!accepts(*context, *frame, identifier, code, arguments)) continue;
+        unwind(*context);
+        frame->result = code;
+        transfer(*context, *frame);
+    }
+    end_uncaught(*context, frame, identifier, code, arguments);
+}
+
+void ut_verror(_error_context* context, ut_message_code code, va_list arguments) {
+    char identifier[UT_MESSAGE_IDENTIFIER_SIZE];
+    ut_make_message_identifier(identifier, context->messages, code);
+    ut_verror_id(context, identifier, code, arguments);
+}
+
+void ut_error(_error_context* context, ut_message_code code, ...) {
+    va_list arguments;
+    va_start(arguments, code);
+    ut_verror(context, code, arguments);
+}
+
+void ut_error_id(_error_context* context, const char* identifier, ut_message_code code, ...) {
+    va_list arguments;
+    va_start(arguments, code);
+    ut_verror_id(context, identifier, code, arguments);
+}
+
+void ut_fault(_error_context* context, const char* expression, const char* file, int line) {
+    ut_error(context, UT_ASSERTION_FAULT, expression, file, line);
+}
+
+void ut_verror_print(_error_context* context, ut_message_code code, va_list arguments) {
+    va_list own;
+    va_copy(own, arguments);
+    ut_vprintm(context->messages, context->print, context->print_destination, code, own);
+    va_end(own);
+    context->print(context->print_destination, "\n", 1);
+}
+
+void ut_error_print(_error_context* context, ut_message_code code, ...) {
+    va_list arguments;
+    va_start(arguments, code);
+    ut_verror_print(context, code, arguments);
+    va_end(arguments);
+}
+
+void ut_prevent_further_cleanup_fcn(_error_context* context, ut_cleanup_mark* mark) {
+    if (context == nullptr) return;
+    *mark = ut_cleanup_mark{context->frame, context->cleanup, nullptr, nullptr, nullptr, 0};
+    context->frame = mark;
+    context->cleanup = 0;
+}
+
+void ut_allow_further_cleanup_fcn(_error_context* context, ut_cleanup_mark* mark) {
+    if (context == nullptr) return;
+    context->cleanup = mark->saved_cleanup;
+    context->frame = mark->outer;
+}
+
+void ut_cleanup_protected_items(_error_context* context) {
+    if (context == nullptr) return;
+    ut_try_frame* mark = context->frame;
+    while (mark != nullptr && !is_mark(*mark)) mark = mark->outer;
+    if (mark == nullptr) return;
+    context->unwind_target = mark;
+    unwind(*context);
+}
