@@ -1,0 +1,15 @@
+#!/bin/sh
+# exports_test.sh LIBRARY LIST: the names that the shared object exports are exactly those of the
+# list, one demangled name a line. After a deliberate change: exports_test.sh LIBRARY LIST --update
+set -eu
+library=$1 list=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+# The sanitizers' own names do not count.
+nm -D --defined-only -C "$library" | sed 's/^[0-9a-f]* . //' |
+  grep -vE '^(__asan|__ubsan|__sancov|__odr_asan|__gcov|__llvm|__profile)' | LC_ALL=C sort -u > "$work/actual"
+if [ "${3-}" = --update ]; then
+  cp "$work/actual" "$list"
+  exit 0
+fi
+diff -u "$list" "$work/actual"
