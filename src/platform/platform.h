@@ -5,6 +5,8 @@
 #ifndef QXUT_SRC_PLATFORM_PLATFORM_H
 #define QXUT_SRC_PLATFORM_PLATFORM_H
 
+#include <cstddef>
+
 // Thread-local data that is reached without a call. The library's few bytes fit the space that
 // the loader keeps for libraries loaded later.
 #if defined(_WIN32)
@@ -12,5 +14,25 @@
 #else
 #define QXUT_THREAD_LOCAL_FAST __attribute__((tls_model("initial-exec")))
 #endif
+
+namespace qxut::platform {
+
+// Writes bytes to the process's standard error, past the C streams and their locks.
+void write_error(const char* text, size_t length) noexcept;
+
+// Writes the calling thread's stack into the buffer, innermost frame first, one line a frame and
+// cut at a line when the buffer is full; always NUL-terminated. The first `skipped` frames, the
+// caller's being number 0, are left out. Runs in process and needs little of it: no fork, no
+// stream; memory only for demangling names, which stay mangled when there is none.
+void write_stack_trace(char* buffer, size_t size, int skipped) noexcept;
+
+// Flushes the C streams, but waits no more than two seconds for one that another thread holds (a
+// thread that reads the console holds its stream), and leaves without running exit handlers.
+[[noreturn]] void flush_and_leave(int status) noexcept;
+
+// Waits some seconds for another thread to end the process; returns if it did not.
+void wait_for_end() noexcept;
+
+}  // namespace qxut::platform
 
 #endif
