@@ -7,6 +7,62 @@
 namespace qxut {
 namespace {
 
+// Internal errors of a program's author, and needed before any language is there: English only.
+constexpr auto kContextMessages = make_messages<0>({
+    {"NO_MEMORY_FOR_MESSAGE_CONTEXT", "Error: Out of memory while growing the message context.",
+     nullptr},
+    {"MSG_MODULE_COUNT_MISMATCH",
+     "Internal Error: A primary message table for module %d was already registered with a "
+     "differing number of messages.",
+     nullptr},
+    {"TOO_FEW_STRINGS",
+     "Internal Error: Module %d has only %d string(s) in the table, fewer than the number of "
+     "codes.",
+     nullptr},
+    {"TOO_MANY_STRINGS",
+     "Internal Error: Module %d has only %d codes, but the table has more strings than this.",
+     nullptr},
+    {"WRONG_CODE", "Internal Error: Module %d has a wrong code at entry %d.", nullptr},
+    {"STRANDED_PER_CENT",
+     "Internal Error: The string for module %d, entry %d, has a %% that is not in a valid "
+     "specification.",
+     nullptr},
+    {"NON_TRIVIAL_PER_CENT",
+     "Internal Error: The string for module %d, entry %d, has a %%%% with a non-trivial "
+     "specifier.",
+     nullptr},
+    {"NON_TRIVIAL_S",
+     "Internal Error: The string for module %d, entry %d, has a %%s with a non-trivial "
+     "specifier.",
+     nullptr},
+    {"HOLE_NOT_PRESENT",
+     "Internal Error: The string for module %d, entry %d, has a hole not in the English "
+     "counterpart.",
+     nullptr},
+    {"DUPLICATE_REFERENCE",
+     "Internal Error: The string for module %d, entry %d, has a duplicate reference to a hole.",
+     nullptr},
+    {"ILLEGAL_PER_CENT",
+     "Internal Error: The string for module %d, entry %d, has %% not followed by a digit or "
+     "another %%.",
+     nullptr},
+    {"OMITTED_HOLE",
+     "Internal Error: The string for module %d, entry %d, ignores a hole in the English "
+     "counterpart.",
+     nullptr},
+    {"BAD_MSG_CODE",
+     "Internal Error: Attempt to format a message for an unregistered module %d entry %d.",
+     nullptr},
+    {"MSG_MODULE_TABLE_MISMATCH",
+     "Internal Error: A primary message table for module %d was already registered with a "
+     "differing collection of error messages.",
+     nullptr},
+    {"INVALID_PERCENT_U",
+     "Internal Error: The string for module %d, entry %d, has a %%<LEX_FILE_LINE_COLUMN> with a "
+     "non-trivial specifier.",
+     nullptr},
+});
+
 constexpr auto kErrorMessages = make_messages<1>({
     {"ASSERTION_FAULT", "Assertion fault \"%s\" in file \"%s\", line %d.",
      "ファイル \"%2\" の %3 行目で表明 \"%1\" が成り立ちませんでした。"},
@@ -66,6 +122,7 @@ constexpr ut_translated_table kJapaneseTables[] = {
 
 }  // namespace
 
+constexpr ut_message_table message_context_table = kContextMessages.primary("message_context");
 constexpr ut_message_table error_message_table = kErrorMessages.primary("error");
 constexpr ut_message_table memory_message_table = kMemoryMessages.primary("memory");
 constexpr ut_message_table hash_message_table = kHashMessages.primary("hash");

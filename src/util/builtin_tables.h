@@ -6,13 +6,14 @@
 
 namespace qxut {
 
+extern const ut_message_table message_context_table;  // module 0
 extern const ut_message_table error_message_table;    // module 1
 extern const ut_message_table memory_message_table;   // module 2
 extern const ut_message_table hash_message_table;     // module 3
 extern const ut_message_table warning_message_table;  // module 4
 extern const ut_message_table fpc_message_table;      // module 25
 
-// The texts of all of the above in Japanese, UTF-8.
+// The texts of modules 1 and up in Japanese, UTF-8.
 extern const ut_language_tables builtin_japanese;
 inline constexpr char kJapanese[] = "ja";
 
