@@ -6,6 +6,7 @@
 #define QXUT_SRC_PLATFORM_PLATFORM_H
 
 #include <cstddef>
+#include <cstdint>
 
 // Thread-local data that is reached without a call. The library's few bytes fit the space that
 // the loader keeps for libraries loaded later.
@@ -32,6 +33,16 @@ void write_stack_trace(char* buffer, size_t size, int skipped) noexcept;
 
 // Waits some seconds for another thread to end the process; returns if it did not.
 void wait_for_end() noexcept;
+
+// What the operating system counts for this process, in bytes; see qxut/util/memory_counters.h.
+struct ProcessMemory {
+    uint64_t resident;
+    uint64_t peak_resident;
+    uint64_t committed;
+};
+
+// False when the operating system does not tell; nothing is stored then. Allocates nothing.
+bool read_process_memory(ProcessMemory& memory) noexcept;
 
 }  // namespace qxut::platform
 

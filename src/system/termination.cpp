@@ -46,6 +46,15 @@ void save_coverage() noexcept {
     leave(kind, status);
 }
 
+[[noreturn]] void end_formatted(ut_report_kind kind, int status, const char* format,
+                                va_list arguments) QXUT_PRINTF_LIKE(3, 0);
+void end_formatted(ut_report_kind kind, int status, const char* format, va_list arguments) {
+    char text[kTextSize];
+    *text = '\0';
+    std::vsnprintf(text, sizeof text, format, arguments);
+    end(kind, status, text);
+}
+
 }  // namespace
 
 namespace Quorvanix::System {
@@ -53,25 +62,17 @@ namespace Quorvanix::System {
 void fatal(const char* text) { end(UT_REPORT_FATAL, 0, text); }
 
 void fatalsf(const char* format, ...) {
-    char text[kTextSize];
-    *text = '\0';
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    end(UT_REPORT_FATAL, 0, text);
+    end_formatted(UT_REPORT_FATAL, 0, format, arguments);
 }
 
 void panic(int status) { end(UT_REPORT_PANIC, status, nullptr); }
 
 void panicsf(int status, const char* format, ...) {
-    char text[kTextSize];
-    *text = '\0';
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    end(UT_REPORT_PANIC, status, text);
+    end_formatted(UT_REPORT_PANIC, status, format, arguments);
 }
 
 }  // namespace Quorvanix::System

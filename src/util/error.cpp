@@ -60,29 +60,42 @@ ut_cleanup_link next_item(ut_cleanup_link link) {
     return reinterpret_cast<const ut_cleanup_item*>(link & ~kTwoFieldForm)->next;
 }
 
-bool is_mark(const ut_try_frame& frame) {
-    return frame.message_handler == nullptr && frame.identifier_handler == nullptr;
+bool has_handler(const ut_try_frame& frame) {
+    return frame.message_handler != nullptr || frame.identifier_handler != nullptr;
+}
+
+// Takes a frame off the chain. It loses its handlers, which tells those who still know it (its
+// ut_try_catch, a raise that is asking it) that an unwinding has passed: see catch_in and search.
+void pop(_error_context& context, ut_try_frame& frame) {
+    context.cleanup = frame.saved_cleanup;
+    context.frame = frame.outer;
+    frame.message_handler = nullptr;
+    frame.identifier_handler = nullptr;
 }
 
 // Runs items and pops frames down to the unwind target: a target with a handler is popped, a
-// mark stays. Without a target everything goes.
+// mark stays. Without a target everything goes. No target is left behind, not even when an item
+// throws something that is no raise.
 void unwind(_error_context& context) {
+    const struct TargetReset {
+        _error_context& context;
+        ~TargetReset() { context.unwind_target = nullptr; }
+    } reset{context};
+    const ut_try_frame* const target = context.unwind_target;
     for (;;) {
         while (context.cleanup != 0) {
             const ut_cleanup_link head = context.cleanup;
             context.cleanup = next_item(head);
             run_item(head);
+            // A raise inside the item has finished this unwinding, and the item outlived it.
+            if (context.unwind_target != target) return;
         }
         ut_try_frame* const frame = context.frame;
-        if (frame == nullptr) break;
-        const bool reached = frame == context.unwind_target;
-        if (!reached || !is_mark(*frame)) {
-            context.cleanup = frame->saved_cleanup;
-            context.frame = frame->outer;
-        }
-        if (reached) break;
+        if (frame == nullptr) return;
+        const bool reached = frame == target;
+        if (!reached || has_handler(*frame)) pop(context, *frame);
+        if (reached) return;
     }
-    context.unwind_target = nullptr;
 }
 
 // Asks one frame's handler, giving it a list of its own: a list that one handler consumed must
@@ -119,17 +132,21 @@ ut_message_code catch_in(_error_context& context, ut_try_frame& frame, void* dat
     frame.handler_data = data;
     frame.result = 0;
     ut_try_frame* const target_before = context.unwind_target;
+    const bool asks = has_handler(frame);
     context.cleanup = 0;
     context.frame = &frame;
     utSignalState signals;
     utSaveSignals(&signals);
 
-    // Anything that is not an accepted error of this context leaves its lists as a return would.
+    // An uncaught error pops every frame; when its error handler leaves by an exception of the
+    // host's, the items that these frames saved have been run already.
+    const auto is_open = [&] { return !asks || has_handler(frame); };
     const auto close = [&] {
         context.cleanup = frame.saved_cleanup;
         context.frame = frame.outer;
     };
     const auto pass_foreign = [&] {
+        if (!is_open()) return;
         close();
         context.unwind_target = target_before;
     };
@@ -146,7 +163,7 @@ ut_message_code catch_in(_error_context& context, ut_try_frame& frame, void* dat
         pass_foreign();
         throw;
     }
-    close();
+    if (is_open()) close();
     return frame.result;
 }
 
@@ -168,7 +185,7 @@ void ut_initialize_error_context(int32_t* status, _error_context* context,
 }
 
 void ut_register_error_handler(_error_context* context, ut_error_handler handler, void* data) {
-    context->error_handler = handler;
+    context->error_handler = handler != nullptr ? handler : ut_error_exit_function;
     context->error_handler_data = data;
 }
 
@@ -196,13 +213,21 @@ void ut_verror_id(_error_context* context, const char* identifier, ut_message_co
                   va_list arguments) {
     if (context->unwind_target != nullptr) unwind(*context);
     ut_try_frame* frame = context->frame;
-    for (; frame != nullptr; frame = frame->outer) {
+    while (frame != nullptr) {
         context->unwind_target = frame;
-        if (is_mark(*frame)) break;
-        if (!accepts(*context, *frame, identifier, code, arguments)) continue;
-        unwind(*context);
-        frame->result = code;
-        transfer(*context, *frame);
+        if (!has_handler(*frame)) break;
+        const bool accepted = accepts(*context, *frame, identifier, code, arguments);
+        // A handler may outlive an error of its own, which has then unwound past this frame.
+        const bool is_open = has_handler(*frame);
+        if (accepted) {
+            if (is_open) {
+                context->unwind_target = frame;
+                unwind(*context);
+            }
+            frame->result = code;
+            transfer(*context, *frame);
+        }
+        frame = is_open ? frame->outer : context->frame;
     }
     end_uncaught(*context, frame, identifier, code, arguments);
 }
@@ -260,8 +285,14 @@ void ut_allow_further_cleanup_fcn(_error_context* context, ut_cleanup_mark* mark
 void ut_cleanup_protected_items(_error_context* context) {
     if (context == nullptr) return;
     ut_try_frame* mark = context->frame;
-    while (mark != nullptr && !is_mark(*mark)) mark = mark->outer;
+    while (mark != nullptr && has_handler(*mark)) mark = mark->outer;
     if (mark == nullptr) return;
+    // A cleanup function may work under a mark of its own: the unwinding that runs it goes on
+    // afterwards, unless its target was above the mark.
+    ut_try_frame* const pending = context->unwind_target;
+    const bool pending_asks = pending != nullptr && has_handler(*pending);
     context->unwind_target = mark;
     unwind(*context);
+    if (pending != nullptr && pending_asks == has_handler(*pending))
+        context->unwind_target = pending;
 }

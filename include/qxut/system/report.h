@@ -25,10 +25,11 @@ typedef enum ut_report_kind {
 /* A report; its texts are valid during the call only and never null. */
 typedef struct ut_report {
     ut_report_kind kind;
-    int status;         /* of a panic; else 0 */
-    const char* reason; /* one line: "Fatal error", "Panic with status 3", "Assert a "b"" */
-    const char* text;   /* what the caller said; may be empty and may have several lines */
-    const char* trace;  /* one line a frame, innermost first; may be empty */
+    int status; /* of a panic; else 0 */
+    const char*
+        reason; /* one line: "Fatal error", "Panic with status 3", "Assert file.c:12 "x > 0"" */
+    const char* text;  /* what the caller said; may be empty and may have several lines */
+    const char* trace; /* one line a frame, innermost first; may be empty */
 } ut_report;
 
 /* The host's listener. It runs on the thread that reports, in whatever state that thread is, so

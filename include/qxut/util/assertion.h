@@ -1,7 +1,8 @@
 /* assertion.h - assertions that report through one replaceable process-wide function.
  *
- * The slot is read and written atomically. The default function reports "Assert %s \"%s\"" with
- * place, message and stack trace through the termination services and returns 0.
+ * The slot is read and written atomically. The default function delivers a report (see
+ * qxut/system/report.h) with the heading `Assert file.c:12 "expression"`, the message as its text
+ * and a stack trace, and returns 0: the process goes on.
  */
 #ifndef QXUT_UTIL_ASSERTION_H
 #define QXUT_UTIL_ASSERTION_H

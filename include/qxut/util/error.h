@@ -104,7 +104,9 @@ QXUT_API void ut_initialize_error_context(int32_t* status, _error_context* conte
                                           ut_message_context* messages, ut_writer print,
                                           void* print_destination, ut_realloc_fcn reallocate);
 
-/* Sets the function that an uncaught error ends in. */
+/* Sets the function that an uncaught error ends in; null selects ut_error_exit_function. Every
+ * item has been run by then. The function may end the process, or leave by an exception of the
+ * host's own; when it returns, the process ends. */
 QXUT_API void ut_register_error_handler(_error_context* context, ut_error_handler handler,
                                         void* data);
 
@@ -116,7 +118,8 @@ QXUT_API void ut_error_exit_function(void* data, const char* identifier, ut_mess
 
 /* Runs body(context, data) in a try frame. Returns 0 when it returned, else the code of the
  * error that the handler accepted; `data` goes to the handler too. The interrupt state of the
- * thread is put back when an error is caught. */
+ * thread is put back when an error is caught. A null handler makes the frame a protection mark
+ * as well. */
 QXUT_API ut_message_code ut_try_catch(_error_context* context, void* data, ut_try_body body,
                                       ut_message_handler handler);
 QXUT_API ut_message_code ut_try_catch_id(_error_context* context, void* data, ut_try_body body,

@@ -38,14 +38,16 @@ QXUT_API void utPagerResume(void);
 /* Format into a buffer of `size` bytes. Returns the length when text and NUL fitted; when they
  * did not, the buffer ends in a NUL in its last byte and the result is `size`. With size 0
  * nothing is written and the result is -1, or 0 for an empty text. A failure of the runtime that
- * is not a cut (a wide character that the locale cannot encode) gives a result below -1. */
+ * is not a cut (a wide character that the locale cannot encode) gives a result below -1 and an
+ * empty buffer. */
 QXUT_API int utVSNprintf(char* buffer, size_t size, const char* format, va_list arguments)
     QXUT_PRINTF_LIKE(3, 0);
 QXUT_API int utSNprintf(char* buffer, size_t size, const char* format, ...) QXUT_PRINTF_LIKE(3, 4);
 
 /* Print to the console. Return the number of characters, or 0 when the puts function failed or
  * the text cannot be formatted. Raise OUT_OF_MEMORY on the installed error context, if any, when
- * a text that is longer than 1023 bytes finds no memory. */
+ * a text that is longer than 1022 bytes finds no memory. The puts function gets the text as a
+ * whole, and may raise. */
 QXUT_API int utVprintf(const char* format, va_list arguments) QXUT_PRINTF_LIKE(1, 0);
 QXUT_API int utPrintf(const char* format, ...) QXUT_PRINTF_LIKE(1, 2);
 
