@@ -15,6 +15,14 @@ void advance(ut_bstream& stream, uint64_t count) {
     stream.remaining -= count;
 }
 
+// Copies into the stream what fits and returns how much that was.
+uint64_t append(ut_bstream& stream, const char* source, uint64_t length) {
+    const uint64_t copied = std::min(length, stream.remaining);
+    if (copied != 0) std::memcpy(stream.position, source, copied);
+    advance(stream, copied);
+    return copied;
+}
+
 int as_byte(int character) { return static_cast<unsigned char>(character); }
 
 // Length of the run at the position whose bytes are members (or not) of the set.
@@ -91,7 +99,7 @@ uint64_t ut_bwrite(const void* source, uint64_t size, uint64_t count, ut_bstream
 int ut_bputs(const char* text, void* stream) {
     auto& out = *static_cast<ut_bstream*>(stream);
     const uint64_t length = std::strlen(text);
-    return ut_bwrite(text, 1, length, &out) == length ? 1 : -1;
+    return append(out, text, length) == length ? 1 : -1;
 }
 
 int ut_bputsn(void* stream, const char* source, int32_t count) {
@@ -99,7 +107,7 @@ int ut_bputsn(void* stream, const char* source, int32_t count) {
     if (count == 0) return 0;
     if (out.remaining == 0) return -1;
     if (count < 0) return 0;
-    return static_cast<int>(ut_bwrite(source, 1, static_cast<uint64_t>(count), &out));
+    return static_cast<int>(append(out, source, static_cast<uint64_t>(count)));
 }
 
 uint64_t ut_bufspn(const ut_bstream* stream, const char* set) { return span(*stream, set, true); }
