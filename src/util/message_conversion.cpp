@@ -75,7 +75,7 @@ bool fits(ArgumentLength length, char letter) {
 
 }  // namespace
 
-Conversion parse_conversion(const char* text) {
+Conversion parse_full_conversion(const char* text) {
     Conversion conversion{};
     const char* p = text + 1;
     size_t flags = 0;

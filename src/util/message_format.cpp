@@ -15,8 +15,10 @@
 // Entry point: ut_vprintm. Tested by tests/util/message_format_test.cpp.
 #include "util/message_format.h"
 
+#include <cfenv>
 #include <charconv>
 #include <climits>
+#include <clocale>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -46,7 +48,8 @@ struct Slot {
     };
 
     Kind kind;
-    const char* end;    // behind the conversion in the English text
+    const char* begin;  // the conversion in the English text
+    const char* end;
     const char* bytes;  // text: the formatted argument; string: the argument itself
     size_t length;      // of a text
     union {
@@ -89,6 +92,7 @@ class Run {
     int record_callback(Slot& slot, ut_arguments& arguments);
     template <class T>
     int print_integer(Slot& slot, const Conversion& conversion, T value);
+    int print_double(Slot& slot, const Conversion& conversion, double value);
     template <class T>
     int print(Slot& slot, const Conversion& conversion, const char* length, T value);
 
@@ -102,6 +106,7 @@ class Run {
         return true;
     }
     bool write(const char* text, size_t length);
+    bool write_literal(const char* from, const char* to);
     bool write_slot(Slot& slot);
 
     ScratchScope scratch_;
@@ -110,11 +115,12 @@ class Run {
     Slot frame_slots_[kFrameSlots];
     Slot* more_slots_ = nullptr;
     uint32_t count_ = 0;
-    uint32_t callbacks_ = 0;  // slots with a position to end
+    uint32_t callbacks_ = 0;    // slots with a position to end
+    bool has_doubled_ = false;  // the English text has a "%%"
     int total_ = 0;
 };
 
-// --- first pass: arguments -----------------------------------------------------------------------
+// --- first pass: arguments ---------------------------------------------------------------
 
 intmax_t fetch_signed(ArgumentLength length, ut_arguments& arguments) {
     switch (length) {
@@ -194,17 +200,24 @@ bool is_bare(const Conversion& conversion) {
 // width and precision and the length of the type that was fetched.
 template <class T>
 int Run::print(Slot& slot, const Conversion& conversion, const char* length, T value) {
+    const bool bare = is_bare(conversion);
     char specification[16];
     char* p = specification;
-    *p++ = '%';
-    for (const char* flag = conversion.flags; *flag != '\0'; ++flag) *p++ = *flag;
-    for (const char* field = "*.*"; *field != '\0'; ++field) *p++ = *field;
-    for (; *length != '\0'; ++length) *p++ = *length;
+    const auto append = [&p](const char* part) {
+        for (; *part != '\0'; ++part) *p++ = *part;
+    };
+    append("%");
+    if (!bare) {
+        append(conversion.flags);
+        append("*.*");
+    }
+    append(length);
     *p++ = conversion.letter;
     *p = '\0';
     const auto format = [&](char* text, size_t size) {
-        return std::snprintf(text, size, specification, conversion.width, conversion.precision,
-                             value);
+        return bare ? std::snprintf(text, size, specification, value)
+                    : std::snprintf(text, size, specification, conversion.width,
+                                    conversion.precision, value);
     };
     const int needed = format(slot.small, sizeof slot.small);
     if (needed < 0) return needed;
@@ -228,6 +241,42 @@ int Run::print_integer(Slot& slot, const Conversion& conversion, T value) {
             if (*p >= 'a') *p = static_cast<char>(*p - 'a' + 'A');
     slot.length = static_cast<size_t>(result.ptr - slot.small);
     return 0;
+}
+
+// Whether std::to_chars prints as the C library would: it knows one decimal point and one way
+// of rounding.
+bool numbers_are_plain() {
+    const char* const point = std::localeconv()->decimal_point;
+    return point[0] == '.' && point[1] == '\0' && std::fegetround() == FE_TONEAREST;
+}
+
+// The conversions of double that have at most a precision, without the C library where possible.
+int Run::print_double(Slot& slot, const Conversion& conversion, double value) {
+    std::chars_format format{};
+    switch (conversion.letter) {
+        case 'f':
+            format = std::chars_format::fixed;
+            break;
+        case 'e':
+            format = std::chars_format::scientific;
+            break;
+        case 'g':
+            format = std::chars_format::general;
+            break;
+        default:
+            break;  // E and G
+    }
+    if (format != std::chars_format{} && conversion.flags[0] == '\0' && conversion.width == 0 &&
+        numbers_are_plain()) {
+        const int precision = conversion.precision < 0 ? 6 : conversion.precision;
+        const auto result =
+            std::to_chars(slot.small, slot.small + sizeof slot.small, value, format, precision);
+        if (result.ec == std::errc()) {
+            slot.length = static_cast<size_t>(result.ptr - slot.small);
+            return 0;
+        }
+    }
+    return print(slot, conversion, "", value);
 }
 
 // Records where the callback's arguments begin and steps over them.
@@ -277,7 +326,7 @@ int Run::fill(Slot& slot, const Conversion& conversion, ut_arguments& arguments)
         default:
             if (length == ArgumentLength::L)
                 return print(slot, conversion, "L", va_arg(arguments.list, long double));
-            return print(slot, conversion, "", va_arg(arguments.list, double));
+            return print_double(slot, conversion, va_arg(arguments.list, double));
     }
 }
 
@@ -296,12 +345,14 @@ bool Run::collect(const char* english, ut_arguments& arguments) {
     const char* p = std::strchr(english, '%');
     while (p != nullptr) {
         if (p[1] == '%') {
+            has_doubled_ = true;
             p = std::strchr(p + 2, '%');
             continue;
         }
         Slot* const next = next_slot(english);
         if (next == nullptr) return add(kOutOfMemory);
         const Conversion conversion = parse_conversion(p);
+        next->begin = p;
         next->end = conversion.end;
         ++count_;
         if (!add(fill(*next, conversion, arguments))) return false;
@@ -310,7 +361,7 @@ bool Run::collect(const char* english, ut_arguments& arguments) {
     return true;
 }
 
-// --- second pass: output -------------------------------------------------------------------------
+// --- second pass: output -----------------------------------------------------------------
 
 bool Run::write(const char* text, size_t length) {
     constexpr size_t kLargestPiece = std::numeric_limits<int32_t>::max();
@@ -335,39 +386,40 @@ bool Run::write_slot(Slot& slot) {
     }
 }
 
-void Run::write_english(const char* text) {
-    for (uint32_t index = 0;;) {
-        size_t length = std::strcspn(text, "%");
-        const bool at_end = text[length] == '\0';
-        const bool doubled = !at_end && text[length + 1] == '%';
-        if (doubled) ++length;
-        if (!write(text, length) || at_end) return;
-        if (doubled) {
-            text += length + 1;
-        } else {
-            Slot& next = slot(index++);
-            if (!write_slot(next)) return;
-            text = next.end;
-        }
+// Writes a piece of the English text that has no conversion but "%%".
+bool Run::write_literal(const char* from, const char* to) {
+    while (has_doubled_) {
+        const void* const found = std::memchr(from, '%', static_cast<size_t>(to - from));
+        if (found == nullptr) break;
+        const char* const percent = static_cast<const char*>(found);
+        if (!write(from, static_cast<size_t>(percent + 1 - from))) return false;
+        from = percent + 2;
     }
+    return write(from, static_cast<size_t>(to - from));
+}
+
+void Run::write_english(const char* text) {
+    for (uint32_t i = 0; i < count_; ++i) {
+        Slot& next = slot(i);
+        if (!write_literal(text, next.begin) || !write_slot(next)) return;
+        text = next.end;
+    }
+    write_literal(text, text + std::strlen(text));
 }
 
 void Run::write_translated(const char* text) {
-    for (;;) {
-        size_t length = std::strcspn(text, "%");
-        const bool at_end = text[length] == '\0';
-        const bool doubled = !at_end && text[length + 1] == '%';
-        if (doubled) ++length;
-        if (!write(text, length) || at_end) return;
-        text += length + 1;
+    while (const char* percent = std::strchr(text, '%')) {
+        const bool doubled = percent[1] == '%';
+        if (!write(text, static_cast<size_t>(percent + (doubled ? 1 : 0) - text))) return;
+        text = percent + (doubled ? 2 : 1);
         if (doubled) continue;
         const uint32_t hole = parse_hole_number(text);
         if (hole - 1 < count_ && !write_slot(slot(hole - 1))) return;
     }
+    write(text, std::strlen(text));
 }
 
-// --- the message
-// -----------------------------------------------------------------------------------
+// --- the message -------------------------------------------------------------------------
 
 // Prints a message whose English text is known.
 int print_text(ut_message_context& context, ut_writer writer, void* stream, ut_message_code code,

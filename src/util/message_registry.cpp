@@ -22,7 +22,7 @@ namespace {
 
 constexpr char kEnglish[] = "English";
 
-// --- the store ---------------------------------------------------------------------------------
+// --- the store ---------------------------------------------------------------------------
 
 // Room for this many modules, never less than one step.
 uint32_t capacity_for(uint32_t highest_module) {
@@ -110,7 +110,7 @@ bool grow_store(ut_message_context& context, uint32_t modules, uint32_t language
     return true;
 }
 
-// --- checks ------------------------------------------------------------------------------------
+// --- checks ------------------------------------------------------------------------------
 
 struct Result {
     int32_t status;
@@ -169,7 +169,7 @@ Result check_languages(const ut_message_context& context, const ut_message_table
     return kSuccess;
 }
 
-// --- registration ------------------------------------------------------------------------------
+// --- registration ------------------------------------------------------------------------
 
 Result register_table(ut_message_context& context, const ut_message_table& table,
                       ut_realloc_fcn reallocate) {
@@ -218,7 +218,7 @@ int32_t unregister_table(ut_message_context& context, const ut_message_table& ta
     return UT_MESSAGE_OK;
 }
 
-// --- languages -----------------------------------------------------------------------------------
+// --- languages ---------------------------------------------------------------------------
 
 // Index of a language, or of the slot that ends the array.
 uint32_t find_language(const ut_message_context& context, const char* name) {

@@ -84,7 +84,7 @@ struct ut_message_context {
     ut_realloc_fcn reallocate;
 };
 
-/* --- the argument of a %U conversion ------------------------------------------------------ */
+/* --- the argument of a %U conversion ---------------------------------------------------- */
 
 /* An argument list that callbacks can step: a va_list is an array on some platforms, so it
  * travels inside a struct. */
@@ -98,7 +98,7 @@ typedef struct ut_arguments {
  * Returns the sum of the writer's results, or a negative value. */
 typedef int (*ut_message_formatter)(ut_writer writer, void* stream, ut_arguments* arguments);
 
-/* --- life ----------------------------------------------------------------------------------- */
+/* --- life ------------------------------------------------------------------------------- */
 
 /* Makes an empty context that knows module 0 and speaks English. Status 0, or 1 when memory ran
  * out (nothing is then allocated and clearing the record is harmless). */
@@ -108,7 +108,7 @@ QXUT_API void ut_initialize_message_context(int32_t* status, ut_message_context*
 /* Gives every array of the context to `release` and zeroes the record; the tables stay. */
 QXUT_API void ut_clear_message_context(ut_message_context* context, ut_free_fcn release);
 
-/* --- registration ---------------------------------------------------------------------------- */
+/* --- registration ----------------------------------------------------------------------- */
 
 /* Registers a module's table, or adds a reference when this very table is registered already.
  * Sets `status` (see ut_message_status) and returns module * 65536 + the entry at fault, 0 on
@@ -140,8 +140,7 @@ QXUT_API const char* ut_get_language(const ut_message_context* context);
 QXUT_API ut_message_code ut_add_builtin_japanese(int32_t* status, ut_message_context* context,
                                                  ut_realloc_fcn reallocate);
 
-/* --- looking up --------------------------------------------------------------------------------
- */
+/* --- looking up ------------------------------------------------------------------------- */
 
 /* Each returns null for an unknown code. ut_get_message gives the text of the current language
  * and falls back to English, ut_get_primary_message always the English one. */
@@ -159,8 +158,7 @@ QXUT_API const char* ut_get_message(const ut_message_context* context, ut_messag
 QXUT_API void ut_make_message_identifier(char* buffer, const ut_message_context* context,
                                          ut_message_code code);
 
-/* --- formatting ----------------------------------------------------------------------------------
- */
+/* --- formatting ------------------------------------------------------------------------- */
 
 /* Format a message to a writer. Return the sum of the writer's results, or its first negative
  * result at once; a negative result too when memory ran out. An unknown code prints the message
@@ -196,8 +194,7 @@ typedef void (*ut_raise_fcn)(_error_context* context, ut_message_code code, ...)
 QXUT_API void ut_handle_message_context_error(_error_context* context, ut_raise_fcn raise,
                                               int32_t status, ut_message_code position);
 
-/* --- between the two writer shapes ---------------------------------------------------------------
- */
+/* --- between the two writer shapes ------------------------------------------------------ */
 
 typedef struct ut_puts_adapter {
     utPutsFcn puts;
