@@ -10,17 +10,27 @@
 #ifndef QXUT_SRC_UTIL_CLEANUP_GUARD_H
 #define QXUT_SRC_UTIL_CLEANUP_GUARD_H
 
+#include <cstring>
+
 #include <qxut/util/error.h>
 #include <qxut/util/memory.h>
 
 namespace qxut {
+
+// The object of an item: what its variable, a pointer to whatever type, holds now.
+inline void* cleanup_object(const void* variable) {
+    void* object = nullptr;
+    std::memcpy(&object, variable, sizeof object);
+    return object;
+}
 
 class CleanupGuard {
   public:
     using Action = void (*)(void* argument, void* object);
 
     // Runs action(argument, *variable) unless released; `variable` is a pointer variable that
-    // outlives the guard. A null error context guards against C++ exits only.
+    // outlives the guard. The action must not raise. A null error context guards against C++ exits
+    // only.
     template <class T>
     CleanupGuard(_error_context* errors, T** variable, void* argument, Action action)
         : errors_(errors), argument_(argument), action_(action) {
@@ -32,7 +42,7 @@ class CleanupGuard {
     ~CleanupGuard() {
         if (!armed_) return;
         unlink();
-        action_(argument_, object());
+        action_(argument_, cleanup_object(item_.variable));
     }
 
     void release() {
@@ -49,19 +59,12 @@ class CleanupGuard {
         armed_ = false;
         if (errors_ != nullptr) ut_unlink_cleanup(errors_, item_.next);
     }
-    void* object() const;
-
     ut_cleanup_item_2 item_{};
     _error_context* errors_;
     void* argument_;
     Action action_;
     bool armed_ = true;
 };
-
-// The object of an item: what its variable holds now.
-void* cleanup_object(const void* variable);
-
-inline void* CleanupGuard::object() const { return cleanup_object(item_.variable); }
 
 // The commonest action: gives a block back to the memory context that is the argument.
 inline void free_through(void* memory_context, void* block) {

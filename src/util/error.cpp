@@ -19,8 +19,6 @@
 // Entry points: ut_try_catch, ut_verror_id. Tested by tests/util/error_test.cpp.
 #include <qxut/util/error.h>
 
-#include <cstring>
-
 #include <qxut/util/interrupt.h>
 #include <qxut/util/message.h>
 #include <qxut/system/termination.hpp>
@@ -29,12 +27,6 @@
 #include "util/cleanup_guard.h"
 
 namespace qxut {
-
-void* cleanup_object(const void* variable) {
-    void* object = nullptr;
-    std::memcpy(&object, variable, sizeof object);
-    return object;
-}
 
 namespace {
 

@@ -1,0 +1,490 @@
+// error_test.cpp - the order of handlers, items and transfer, and what survives every way out.
+#include <qxut/util/error.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <qxut/util/interrupt.h>
+
+#include "support/contexts.h"
+#include "util/error_c_frames.h"
+
+namespace {
+
+using qxut_test::Contexts;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// What happened, in order.
+std::vector<std::string> events;
+
+void note(const char* event) { events.emplace_back(event); }
+
+class ErrorTest : public testing::Test {
+  protected:
+    ErrorTest() { events.clear(); }
+
+    Contexts contexts_;
+    _error_context* errors_ = &contexts_.errors;
+};
+
+// A try frame with C++ body and handler.
+struct Frame {
+    std::function<void()> body;
+    std::function<int(ut_message_code code, const char* identifier, va_list arguments)> handler;
+};
+
+void run_body(_error_context* /*errors*/, void* data) { static_cast<Frame*>(data)->body(); }
+
+int ask(_error_context* /*errors*/, void* data, const char* identifier, ut_message_code code,
+        va_list arguments) {
+    return static_cast<Frame*>(data)->handler(code, identifier, arguments);
+}
+
+ut_message_code try_catch(_error_context* errors, Frame frame) {
+    return ut_try_catch_id(errors, &frame, run_body, ask);
+}
+
+// A handler that notes its name and answers.
+auto answer(const char* name, int result) {
+    return [=](ut_message_code, const char*, va_list) {
+        note(name);
+        return result;
+    };
+}
+
+// An item that runs a function, or notes its name.
+struct Item {
+    Item(_error_context* errors, const char* item_name, std::function<void()> action = {})
+        : name(item_name), then(std::move(action)) {
+        ut_link_cleanup(errors, &item, &object, [](void* self) {
+            note(static_cast<Item*>(self)->name);
+            if (static_cast<Item*>(self)->then) static_cast<Item*>(self)->then();
+        });
+    }
+    const char* name;
+    std::function<void()> then;
+    Item* object = this;
+    ut_cleanup_item item{};
+};
+
+TEST_F(ErrorTest, CFramesAskHandlersThenRunItemsThenTransfer) {
+    c_client client{note, UT_ASSERTION_FAULT, 1, 4};
+    EXPECT_EQ(c_client_run(errors_, &client), 0u);
+    EXPECT_THAT(events, ElementsAre("ask 3", "ask 2", "ask 1",  //
+                                    "clean second of 3", "clean 3", "clean second of 2", "clean 2",
+                                    "clean second of 1", "clean 1", "inner caught below 0"));
+    EXPECT_EQ(errors_->cleanup, 0u);
+}
+
+TEST_F(ErrorTest, CFramesWithoutErrorRunNoItem) {
+    c_client client{note, 0, 0, 2};
+    EXPECT_EQ(c_client_run(errors_, &client), 0u);
+    EXPECT_THAT(events, ElementsAre("nothing raised at 1", "inner returned to 0"));
+}
+
+TEST_F(ErrorTest, EveryHandlerGetsItsOwnArguments) {
+    const auto consume = [](int result) {
+        return [=](ut_message_code code, const char* identifier, va_list arguments) {
+            EXPECT_EQ(code, UT_ERR_VALUE_OVERFLOW_TYPE);
+            EXPECT_STREQ(identifier, "my:identifier");
+            EXPECT_STREQ(va_arg(arguments, const char*), "text");
+            EXPECT_EQ(va_arg(arguments, double), 2.5);
+            EXPECT_EQ(va_arg(arguments, long), 1L << 40);
+            return result;
+        };
+    };
+    const auto raise = [&] {
+        ut_error_id(errors_, "my:identifier", UT_ERR_VALUE_OVERFLOW_TYPE, "text", 2.5, 1L << 40);
+    };
+    const ut_message_code code =
+        try_catch(errors_, {[&] {
+                                try_catch(errors_, {[&] {
+                                                        try_catch(errors_, {raise, consume(0)});
+                                                    },  //
+                                                    consume(0)});
+                            },
+                            consume(1)});
+    EXPECT_EQ(code, UT_ERR_VALUE_OVERFLOW_TYPE);
+}
+
+// Each row raises UT_ERR_RETHROW in the inner one of two frames; the second error, UT_ERR_FATAL,
+// comes from a handler or an item. Both frames have an item, the inner one a second, older one.
+TEST_F(ErrorTest, SecondErrorFinishesThePendingUnwindingFirst) {
+    struct Case {
+        const char* raised_by;  // the event that raises
+        std::vector<const char*> events;
+    };
+    const Case cases[] = {
+        {"ask inner", {"ask inner", "inner", "older", "ask outer", "outer"}},
+        {"inner", {"ask inner", "inner", "older", "ask outer", "outer"}},
+        {"older", {"ask inner", "inner", "older", "ask outer", "outer"}},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.raised_by);
+        events.clear();
+        const auto raise_at = [&](const char* event) {
+            return [&, event] {
+                if (std::string(event) == row.raised_by) ut_error(errors_, UT_ERR_FATAL);
+            };
+        };
+        const ut_message_code code = try_catch(
+            errors_, {[&] {
+                          const Item outer(errors_, "outer");
+                          try_catch(errors_,
+                                    {[&] {
+                                         const Item older(errors_, "older", raise_at("older"));
+                                         const Item inner(errors_, "inner", raise_at("inner"));
+                                         ut_error(errors_, UT_ERR_RETHROW, "first");
+                                     },
+                                     [&](ut_message_code, const char*, va_list) {
+                                         note("ask inner");
+                                         raise_at("ask inner")();
+                                         return 1;
+                                     }});
+                          note("never here");
+                      },
+                      answer("ask outer", 1)});
+        EXPECT_EQ(code, UT_ERR_FATAL);
+        EXPECT_EQ(events, std::vector<std::string>(row.events.begin(), row.events.end()));
+        EXPECT_EQ(errors_->unwind_target, nullptr);
+    }
+}
+
+TEST_F(ErrorTest, ItemsThatAllRaiseAreEachRunOnce) {
+    const auto raise = [&] { ut_error(errors_, UT_ERR_FATAL); };
+    const auto body = [&] {
+        const Item c(errors_, "c", raise);
+        const Item b(errors_, "b", raise);
+        const Item a(errors_, "a", raise);
+        ut_error(errors_, UT_ERR_RETHROW, "");
+    };
+    EXPECT_EQ(try_catch(errors_, {[&] {
+                                      try_catch(errors_, {body, answer("ask inner", 1)});
+                                  },
+                                  answer("ask outer", 1)}),
+              UT_ERR_FATAL);
+    EXPECT_THAT(events, ElementsAre("ask inner", "a", "b", "c", "ask outer"));
+}
+
+TEST_F(ErrorTest, FaultAndIdentifier) {
+    std::string seen;
+    const ut_message_code code =
+        try_catch(errors_, {[&] { ut_fault(errors_, "n > 0", "array.c", 12); },
+                            [&](ut_message_code, const char* identifier, va_list) {
+                                seen = identifier;
+                                return 1;
+                            }});
+    EXPECT_EQ(code, 65537u);
+    EXPECT_EQ(seen, "VELUMA:assertion_fault");
+    try_catch(errors_, {[&] { ut_error(errors_, 99 * 65536 + 1); },
+                        [&](ut_message_code, const char* identifier, va_list) {
+                            seen = identifier;
+                            return 1;
+                        }});
+    EXPECT_EQ(seen, "VELUMA:");
+}
+
+TEST_F(ErrorTest, LongIdentifierIsCut) {
+    const std::string mnemonic(5000, 'X');
+    const char* mnemonics[] = {mnemonic.c_str()};
+    const char* texts[] = {"text"};
+    const ut_message_code codes[] = {900 * 65536 + 1, UT_MESSAGE_CODES_END};
+    const ut_message_table table{1, 900, codes, mnemonics, texts, nullptr};
+    ut_mem_add_primary_message_table(&contexts_.memory, &table);
+    std::string seen;
+    try_catch(errors_, {[&] { ut_error(errors_, codes[0]); },
+                        [&](ut_message_code, const char* identifier, va_list) {
+                            seen = identifier;
+                            return 1;
+                        }});
+    EXPECT_EQ(seen, "VELUMA:" + std::string(2047 - 7, 'x'));
+    ut_mem_remove_primary_message_table(&contexts_.memory, &table);
+}
+
+TEST_F(ErrorTest, PrintingRaisesNothing) {
+    ut_error_print(errors_, UT_ERR_RETHROW, "just so you know");
+    EXPECT_EQ(contexts_.printed, "just so you know\n");
+}
+
+TEST_F(ErrorTest, InterruptStateIsPutBackOnlyByACatch) {
+    try_catch(errors_, {[&] {
+                            utSetInterruptEnabled(false);
+                            ut_error(errors_, UT_ERR_FATAL);
+                        },
+                        answer("ask", 1)});
+    EXPECT_TRUE(utIsInterruptEnabled());
+    try_catch(errors_, {[] { utSetInterruptEnabled(false); }, answer("ask", 1)});
+    EXPECT_FALSE(utSetInterruptEnabled(true));
+}
+
+// --- marks ---------------------------------------------------------------------------------------
+
+TEST_F(ErrorTest, MarkEndsSearchAndCleanup) {
+    const Item below_all(errors_, "below");
+    const auto throw_once = [&] {
+        const Item protected_item(errors_, "protected");
+        ut_cleanup_mark mark;
+        ut_prevent_further_cleanup_fcn(errors_, &mark);
+        const Item above(errors_, "above");
+        try {
+            try_catch(errors_, {[&] {
+                                    const Item inner(errors_, "inner");
+                                    ut_error(errors_, UT_ERR_RETHROW, "lost");
+                                },
+                                answer("ask inner", 0)});
+        } catch (const std::runtime_error& uncaught) {
+            note(uncaught.what());
+        }
+        EXPECT_EQ(errors_->frame, &mark);
+        ut_allow_further_cleanup_fcn(errors_, &mark);
+        EXPECT_EQ(errors_->cleanup, reinterpret_cast<ut_cleanup_link>(&protected_item.item));
+        ut_unlink_cleanup(errors_, protected_item.item.next);
+    };
+    EXPECT_EQ(try_catch(errors_, {throw_once, answer("never asked", 1)}), 0u);
+    EXPECT_THAT(events, ElementsAre("ask inner", "inner", "above", "VELUMA:err_rethrow: lost\n"));
+    ut_unlink_cleanup(errors_, 0);
+}
+
+TEST_F(ErrorTest, AllowDropsItemsAndProtectedRunsThem) {
+    ut_cleanup_mark mark;
+    ut_prevent_further_cleanup_fcn(errors_, &mark);
+    const Item dropped(errors_, "dropped");
+    ut_allow_further_cleanup_fcn(errors_, &mark);
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_EQ(errors_->cleanup, 0u);
+
+    const Item kept(errors_, "kept");
+    ut_prevent_further_cleanup_fcn(errors_, &mark);
+    const Item older(errors_, "older");
+    try_catch(errors_, {[&] {
+                            const Item newer(errors_, "newer");
+                            ut_cleanup_protected_items(errors_);
+                            EXPECT_EQ(errors_->frame, &mark);
+                        },
+                        answer("ask", 1)});
+    EXPECT_THAT(events, ElementsAre("newer", "older"));
+    // The body's frame was popped; its return must not bring back what has been run.
+    EXPECT_EQ(errors_->cleanup, 0u);
+    EXPECT_EQ(errors_->frame, &mark);
+    ut_allow_further_cleanup_fcn(errors_, &mark);
+    EXPECT_EQ(errors_->cleanup, reinterpret_cast<ut_cleanup_link>(&kept.item));
+    ut_unlink_cleanup(errors_, 0);
+    ut_cleanup_protected_items(errors_);  // without a mark
+    EXPECT_THAT(events, ElementsAre("newer", "older"));
+}
+
+TEST_F(ErrorTest, CleanupFunctionMayUseAMarkOfItsOwn) {
+    const auto work_under_mark = [&] {
+        ut_cleanup_mark mark;
+        ut_prevent_further_cleanup_fcn(errors_, &mark);
+        const Item temporary(errors_, "temporary");
+        ut_cleanup_protected_items(errors_);
+        ut_allow_further_cleanup_fcn(errors_, &mark);
+    };
+    const Item outermost(errors_, "outermost");
+    EXPECT_EQ(try_catch(errors_, {[&] {
+                                      const Item older(errors_, "older");
+                                      const Item newer(errors_, "newer", work_under_mark);
+                                      ut_error(errors_, UT_ERR_FATAL);
+                                  },
+                                  answer("ask", 1)}),
+              UT_ERR_FATAL);
+    EXPECT_THAT(events, ElementsAre("ask", "newer", "temporary", "older"));
+    ut_unlink_cleanup(errors_, 0);
+}
+
+TEST(Error, MarksIgnoreANullContext) {
+    ut_cleanup_mark mark;
+    ut_prevent_further_cleanup_fcn(nullptr, &mark);
+    ut_allow_further_cleanup_fcn(nullptr, &mark);
+    ut_cleanup_protected_items(nullptr);
+}
+
+// --- exceptions that are no raise of this context ------------------------------------------------
+
+TEST_F(ErrorTest, ForeignExceptionRestoresTheContextAndDropsItems) {
+    const auto throw_foreign = [] { throw std::logic_error("foreign"); };
+    const Item outside(errors_, "outside");
+    const auto raise_over = [&](std::function<void()> in_body, std::function<void()> in_item,
+                                std::function<void()> in_handler) {
+        return [=, this] {
+            try_catch(errors_, {[&] {
+                                    const Item older(errors_, "older");
+                                    const Item item(errors_, "item", in_item);
+                                    if (in_body) in_body();
+                                    ut_error(errors_, UT_ERR_FATAL);
+                                },
+                                [&](ut_message_code, const char*, va_list) {
+                                    if (in_handler) in_handler();
+                                    return 1;
+                                }});
+        };
+    };
+    struct Case {
+        const char* thrown_by;
+        std::function<void()> run;
+        std::vector<std::string> events;
+    };
+    const Case cases[] = {
+        {"body", raise_over(throw_foreign, {}, {}), {}},
+        {"item", raise_over({}, throw_foreign, {}), {"item"}},
+        {"handler", raise_over({}, {}, throw_foreign), {}},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.thrown_by);
+        events.clear();
+        EXPECT_THROW(row.run(), std::logic_error);
+        EXPECT_EQ(events, row.events);
+        EXPECT_EQ(errors_->cleanup, reinterpret_cast<ut_cleanup_link>(&outside.item));
+        EXPECT_EQ(errors_->frame, nullptr);
+        EXPECT_EQ(errors_->unwind_target, nullptr);
+        EXPECT_THROW(try_catch(errors_, {row.run, answer("outer", 1)}), std::logic_error);
+        EXPECT_EQ(errors_->frame, nullptr);
+    }
+    ut_unlink_cleanup(errors_, 0);
+}
+
+TEST_F(ErrorTest, ItemThatThrowsUnderAMarkLeavesNoTarget) {
+    ut_cleanup_mark mark;
+    ut_prevent_further_cleanup_fcn(errors_, &mark);
+    const Item item(errors_, "item", [] { throw std::logic_error("foreign"); });
+    EXPECT_THROW(ut_cleanup_protected_items(errors_), std::logic_error);
+    EXPECT_EQ(errors_->unwind_target, nullptr);
+    ut_allow_further_cleanup_fcn(errors_, &mark);
+}
+
+TEST_F(ErrorTest, ErrorOfAnotherContextPassesFrames) {
+    Contexts other;
+    const Item outside(errors_, "outside");
+    const auto handler = answer("not asked", 1);
+    EXPECT_EQ(try_catch(&other.errors, {[&] {
+                                            const Item outer(&other.errors, "item of the other");
+                                            try_catch(errors_,
+                                                      {[&] {
+                                                           const Item dropped(errors_, "dropped");
+                                                           ut_error(&other.errors, UT_ERR_FATAL);
+                                                       },
+                                                       handler});
+                                        },
+                                        answer("ask other", 1)}),
+              UT_ERR_FATAL);
+    EXPECT_THAT(events, ElementsAre("ask other", "item of the other"));
+    EXPECT_EQ(errors_->cleanup, reinterpret_cast<ut_cleanup_link>(&outside.item));
+    EXPECT_EQ(errors_->frame, nullptr);
+    ut_unlink_cleanup(errors_, 0);
+}
+
+// --- nobody accepts ------------------------------------------------------------------------------
+
+struct Uncaught {
+    std::string* printed;
+    ut_message_code code = 0;
+};
+
+TEST_F(ErrorTest, UncaughtErrorIsPrintedThenItemsRunThenTheHandlerIsCalled) {
+    Uncaught uncaught{&contexts_.printed};
+    ut_register_error_handler(
+        errors_,
+        [](void* data, const char* identifier, ut_message_code code) {
+            static_cast<Uncaught*>(data)->code = code;
+            note(identifier);
+            throw std::runtime_error("left by the error handler");
+        },
+        &uncaught);
+    const auto see_print = [&] { note(contexts_.printed.c_str()); };
+    const Item first(errors_, "first");
+    EXPECT_THROW(try_catch(errors_, {[&] {
+                                         const Item second(errors_, "second", see_print);
+                                         ut_error(errors_, UT_ERR_RETHROW, "nobody wants me");
+                                     },
+                                     answer("ask", 0)}),
+                 std::runtime_error);
+    EXPECT_EQ(uncaught.code, UT_ERR_RETHROW);
+    EXPECT_THAT(events,
+                ElementsAre("ask", "second", "nobody wants me\n", "first", "VELUMA:err_rethrow"));
+    // Everything has been run, so nothing is linked again.
+    EXPECT_EQ(errors_->cleanup, 0u);
+    EXPECT_EQ(errors_->frame, nullptr);
+}
+
+// The host throws out of an uncaught error and goes on, somewhere between raise and outermost
+// frame. Whatever the place, items are not run again.
+TEST_F(ErrorTest, HostMayOutliveAnUncaughtError) {
+    const auto fail = [&] {
+        try {
+            ut_error(errors_, UT_ERR_FATAL);
+        } catch (const std::runtime_error&) {
+            note("outlived");
+        }
+    };
+    const std::vector<std::string> expected{"ask", "item", "outside", "outlived"};
+    const auto raise = [&] {
+        const Item item(errors_, "item");
+        ut_error(errors_, UT_ERR_RETHROW, "");
+    };
+    {
+        const Item outside(errors_, "outside");
+        EXPECT_EQ(try_catch(errors_, {[&] {
+                                          const Item item(errors_, "item");
+                                          fail();
+                                      },
+                                      answer("ask", 0)}),
+                  0u);
+        EXPECT_EQ(events, expected) << "in the body";
+        EXPECT_EQ(errors_->cleanup, 0u);
+    }
+    events.clear();
+    {
+        const Item outside(errors_, "outside");
+        EXPECT_EQ(try_catch(errors_, {raise,
+                                      [&](ut_message_code, const char*, va_list) {
+                                          note("ask");
+                                          fail();
+                                          return 1;
+                                      }}),
+                  UT_ERR_RETHROW);
+        EXPECT_EQ(events, expected) << "in the handler";
+        EXPECT_EQ(errors_->cleanup, 0u);
+    }
+    events.clear();
+    {
+        const Item outside(errors_, "outside");
+        EXPECT_EQ(try_catch(errors_, {[&] {
+                                          const Item item(errors_, "item", fail);
+                                          ut_error(errors_, UT_ERR_RETHROW, "");
+                                      },
+                                      answer("ask", 1)}),
+                  UT_ERR_RETHROW);
+        EXPECT_EQ(events, expected) << "in the item";
+        EXPECT_EQ(errors_->cleanup, 0u);
+    }
+}
+
+TEST(ErrorDeathTest, ErrorHandlerThatReturnsIsFatal) {
+    EXPECT_DEATH(
+        {
+            Contexts contexts;
+            ut_register_error_handler(
+                &contexts.errors, [](void*, const char*, ut_message_code) {}, nullptr);
+            ut_error(&contexts.errors, UT_ERR_FATAL);
+        },
+        "Fatal error ---\nThe error handler returned");
+}
+
+TEST(ErrorDeathTest, DefaultErrorHandlerIsFatal) {
+    EXPECT_DEATH(
+        {
+            Contexts contexts;
+            ut_register_error_handler(&contexts.errors, nullptr, nullptr);
+            ut_error(&contexts.errors, UT_ERR_FATAL);
+        },
+        "Fatal error ---\nVELUMA:err_fatal");
+}
+
+}  // namespace
