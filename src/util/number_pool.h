@@ -37,7 +37,6 @@ struct BigInteger {
 static_assert(sizeof(BigInteger) == 16 && alignof(BigInteger) <= alignof(double));
 
 inline constexpr uint32_t kRecycledClasses = UT_FPC_FREE_LISTS;
-inline constexpr uint32_t kLargestClass = 30;  // counts of words and bits stay far from overflow
 inline constexpr size_t kLiveIntegers = 2;
 
 // Bytes of a block, a multiple of the size of a double.
@@ -53,7 +52,6 @@ constexpr size_t pool_bytes_needed() {
 }
 static_assert(pool_bytes_needed() <= UT_FPC_POOL_SIZE * sizeof(double));
 
-// The smallest class with room for `words` words, at most kLargestClass.
 uint32_t size_class_for(size_t words);
 
 // Takes a block whose integer is 0 (no words). Raises OUT_OF_MEMORY.
