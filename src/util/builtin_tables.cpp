@@ -112,7 +112,7 @@ constexpr auto kWarningMessages = make_messages<4>({
     {"WARN_ALL", "All warnings.", "すべての警告。"},
     {"WARNING_HINT", "(Type \"warning off %s\" to suppress this warning.)",
      "(この警告を止めるには \"warning off %1\" と入力してください。)"},
-    {"WARNING_PREFIX", "Warning: ", "警告: "},
+    {"WARNING_TEXT", "Warning: %s", "警告: %1"},
 });
 
 constexpr ut_translated_table kJapaneseTables[] = {
