@@ -1,0 +1,135 @@
+// ghash_core.h - what the files of the generic hash table share: nodes, the chain walk, sizes.
+//
+//   table.buckets -> [ link ][ null ][ link ] ...        index = hash modulo num_buckets
+//                       |               '--> node -> null
+//                       '--> node -> node -> null
+//
+//   node: | next, 8 bytes | hash, 4 | unused, 4 | stored key ... | stored data ... |
+//                                               ^16              ^16 + data_offset
+//
+// Invariants between operations: every node hangs in the chain of its hash; `count` nodes hang in
+// all; links are changed only when everything that may raise is done, or is guarded.
+#ifndef QXUT_SRC_UTIL_GHASH_CORE_H
+#define QXUT_SRC_UTIL_GHASH_CORE_H
+
+#include <cstring>
+
+#include <qxut/util/ghash.h>
+
+#include "util/byte_step.h"
+
+struct ut_ghash_node {
+    ut_ghash_node* next;
+    uint32_t hash;
+};
+
+namespace qxut {
+
+// Callers know these places.
+static_assert(sizeof(ut_ghash_node) == 16);
+static_assert(sizeof(ut_ghash_table) == 192);
+
+inline constexpr uint32_t kNodeHeaderSize = sizeof(ut_ghash_node);
+
+inline unsigned char* stored_key(ut_ghash_node* node) {
+    return reinterpret_cast<unsigned char*>(node) + kNodeHeaderSize;
+}
+inline unsigned char* stored_data(const ut_ghash_table& table, ut_ghash_node* node) {
+    return stored_key(node) + table.data_offset;
+}
+// What the operations with an `out` copy: value_size bytes.
+inline unsigned char* stored_value(const ut_ghash_table& table, ut_ghash_node* node) {
+    return table.data_size != 0 ? stored_data(table, node) : stored_key(node);
+}
+
+// The default callbacks. Keys and data of one word have their own, so that the table can tell such
+// keys by them and do in line what they do.
+namespace ghash_default {
+
+uint32_t hash_bytes(uintptr_t size, const void* key);
+uint32_t hash_word(uintptr_t size, const void* key);
+int32_t compare_bytes(uintptr_t size, const void* key, const void* stored_key);
+int32_t compare_word(uintptr_t size, const void* key, const void* stored_key);
+void copy_nothing(uintptr_t size, void* destination, const void* source);
+void copy_word(uintptr_t size, void* destination, const void* source);
+void copy_bytes(uintptr_t size, void* destination, const void* source);
+void delete_nothing(uintptr_t user_data, void* stored);
+
+}  // namespace ghash_default
+
+// A key's place: its hash, and the link that points to its node; or, where the key is absent, the
+// null link at the end of the chain, which is where a new node goes.
+struct Place {
+    uint32_t hash;
+    ut_ghash_node** link;
+};
+
+inline uint32_t bucket_of(uint32_t hash, int32_t num_buckets) {
+    return hash % static_cast<uint32_t>(num_buckets);
+}
+
+// Walks the chain of `hash` to the first node that is_it(node) accepts.
+template <class IsIt>
+inline Place walk_chain(const ut_ghash_table& table, uint32_t hash, const IsIt& is_it) {
+    ut_ghash_node** link = &table.buckets[bucket_of(hash, table.num_buckets)];
+    while (*link != nullptr && !is_it(*link)) link = &(*link)->next;
+    return {hash, link};
+}
+
+// Finds a key by the table's callbacks, or by the same comparisons in line.
+inline Place find_place(const ut_ghash_table& table, const void* key) {
+    if (table.hash_fn == ghash_default::hash_word &&
+        table.compare_fn == ghash_default::compare_word) {
+        // Words that are equal have equal hashes: nothing is saved by comparing these first.
+        uint64_t word = 0;
+        std::memcpy(&word, key, sizeof word);
+        return walk_chain(table, byte_steps_8(0, key), [word](ut_ghash_node* node) {
+            uint64_t stored = 0;
+            std::memcpy(&stored, stored_key(node), sizeof stored);
+            return stored == word;
+        });
+    }
+    const uint32_t hash = table.hash_fn(*table.hash_ctx, key);
+    return walk_chain(table, hash, [&table, hash, key](ut_ghash_node* node) {
+        return node->hash == hash &&
+               table.compare_fn(*table.compare_ctx, key, stored_key(node)) == 0;
+    });
+}
+
+// Calls visit(node) in traversal order until it returns false.
+template <class Visit>
+inline bool for_each_node(const ut_ghash_table& table, const Visit& visit) {
+    for (int32_t i = 0; i < table.num_buckets; ++i) {
+        for (ut_ghash_node* node = table.buckets[i]; node != nullptr; node = node->next) {
+            if (!visit(node)) return false;
+        }
+    }
+    return true;
+}
+
+// --- ghash_resize.cpp ---
+
+// Raise for load bounds that are not accepted.
+void check_load_bounds(_memory_context& memory, float lower_load, float upper_load);
+
+// size * load, truncated, as the counts that trigger a resize are computed.
+int32_t scaled_count(int32_t size, float load);
+
+// A zeroed bucket vector. Raises OUT_OF_MEMORY.
+ut_ghash_node** new_buckets(_memory_context& memory, int32_t size);
+
+// Resizes the table for its count where that changes the number of buckets and memory suffices.
+void resize_if_possible(ut_ghash_table& table);
+
+// --- ghash.cpp ---
+
+// What is to be deleted of an entry besides its node, in this order.
+enum class Deletion { key_then_data, data_then_key, key_only };
+
+// Deletes an entry that no link points to any more. A callback that raises does not keep the rest
+// from being deleted and the node from being freed.
+void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion);
+
+}  // namespace qxut
+
+#endif
