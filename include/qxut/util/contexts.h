@@ -41,9 +41,13 @@ struct utBasicContexts {
 };
 
 /* Initialise a record of the caller's. Return 0, or the status or message code of the failure,
- * whose text is then in error_text, terminated; everything is given back, and clearing the
- * record is harmless. The plain form allocates with utMalloc and kin, collects the text of an
- * uncaught error in error_text and prints warnings to the console. */
+ * whose text is then in error_text, terminated; everything is given back, and clearing the record
+ * is harmless.
+ *
+ * The plain form allocates with utMalloc and kin, collects the text of an uncaught error in
+ * error_text and prints warnings to the console. In the full form the error print function gets
+ * that text, and the throw function an empty one; to have it collected all the same, pass
+ * ut_bputsn and &record->error_text_stream. */
 QXUT_API int32_t utInitializeBasicContexts(utBasicContexts* record, utThrowFcn throw_fcn,
                                            void* throw_data);
 QXUT_API int32_t utInitializeBasicContexts_full(utBasicContexts* record, utThrowFcn throw_fcn,
@@ -53,7 +57,9 @@ QXUT_API int32_t utInitializeBasicContexts_full(utBasicContexts* record, utThrow
                                                 void* error_print_destination,
                                                 ut_writer warning_print, void* warning_print_data);
 
-/* Clears the warning, name-hash, floating-point formatting and message contexts, in this order. */
+/* Clears the warning, name-hash, floating-point formatting and message contexts, in this order;
+ * what they own goes back through the record's own free function. The record must not be current
+ * any more. Clearing it again does nothing. */
 QXUT_API void utClearBasicContexts(utBasicContexts* record);
 
 /* Makes a record current and returns the one before. */
@@ -71,9 +77,9 @@ QXUT_API ut_namehash* utGetNamehashContext(void);
 QXUT_API ut_fpc_context* utGetFpcContext(void);
 QXUT_API ut_warning_context* utGetWarningContext(void);
 
-/* The text collected in the current record's error text buffer since the last reset, less its
- * last character (the newline of an error print), terminated; resets the stream, so that the next
- * text starts afresh. Valid until then. */
+/* The text collected in the current record's error text buffer, less its last character (the
+ * newline of an error print), terminated; empty when there is none. Resets the stream, so that the
+ * next text starts afresh and overwrites this one. */
 QXUT_API const char* utReturnUTErrorString(void);
 
 QXUT_END_DECLS
