@@ -153,6 +153,27 @@ TEST(BasicContexts, FailureAtEveryStepOfThePlainFormGivesEverythingBack) {
         [] { return FailingMalloc::live_blocks(); });
 }
 
+// A heap that explains itself at length in the record's error text before it refuses.
+ut_bstream* complaint = nullptr;
+
+void* complain_and_refuse(size_t /*size*/) {
+    const std::string text(2 * UT_ERROR_TEXT_SIZE, 'x');
+    ut_bputsn(complaint, text.data(), static_cast<int32_t>(text.size()));
+    return nullptr;
+}
+
+TEST(BasicContexts, FailureTextThatFillsTheBufferLosesItsLastCharacter) {
+    Storage storage;
+    complaint = &storage.record.error_text_stream;
+    EXPECT_EQ(
+        utInitializeBasicContexts_full(&storage.record, throw_to_test, nullptr, complain_and_refuse,
+                                       CountdownHeap::reallocate, CountdownHeap::release, append,
+                                       nullptr, append, nullptr),
+        UT_NO_MEMORY_FOR_MESSAGE_CONTEXT);
+    EXPECT_EQ(storage.record.error_text, std::string(UT_ERROR_TEXT_SIZE - 1, 'x'));
+    EXPECT_EQ(storage.record.throw_fcn, throw_to_test);
+}
+
 // Names, numbers and warnings take memory while the record is used; it all goes back to the heap
 // that it came from, the warning context's first, and once.
 TEST(BasicContexts, ClearingGivesToTheRecordsOwnHeapOnce) {
