@@ -1,7 +1,7 @@
 /* host.c - a host in miniature; docs/embedding.md walks through it.
  *
- * Reads commands, one a line, from standard input: `set NAME NUMBER`, `show NAME`, `language NAME`.
- * A command that fails prints its message and the host goes on.
+ * Reads commands, one a line, from standard input: `set NAME NUMBER`, `show NAME`, `language NAME`,
+ * `off IDENTIFIER`. A command that fails prints its message and the host goes on.
  */
 #include <stddef.h>
 #include <stdio.h>
@@ -58,28 +58,36 @@ enum {
     HOST_UNKNOWN_COMMAND = HOST_MODULE * 65536 + 1,
     HOST_UNKNOWN_NAME,
     HOST_NOT_A_NUMBER,
-    HOST_UNKNOWN_LANGUAGE
+    HOST_UNKNOWN_LANGUAGE,
+    HOST_SET_AGAIN,
+    HOST_WARNING_HINT
 };
 
-static const ut_message_code codes[] = {HOST_UNKNOWN_COMMAND, HOST_UNKNOWN_NAME, HOST_NOT_A_NUMBER,
-                                        HOST_UNKNOWN_LANGUAGE, UT_MESSAGE_CODES_END};
+static const ut_message_code codes[] = {HOST_UNKNOWN_COMMAND,  HOST_UNKNOWN_NAME, HOST_NOT_A_NUMBER,
+                                        HOST_UNKNOWN_LANGUAGE, HOST_SET_AGAIN,    HOST_WARNING_HINT,
+                                        UT_MESSAGE_CODES_END};
 static const char* const mnemonics[] = {"HOST_UNKNOWN_COMMAND", "HOST_UNKNOWN_NAME",
-                                        "HOST_NOT_A_NUMBER", "HOST_UNKNOWN_LANGUAGE"};
+                                        "HOST_NOT_A_NUMBER",    "HOST_UNKNOWN_LANGUAGE",
+                                        "HOST_SET_AGAIN",       "HOST_WARNING_HINT"};
 static const char* const english[] = {
     "Unknown command \"%s\".",
     "\"%s\" has no value.",
     "The value of %s is \"%s\", which is not a number.",
     "There are no messages in \"%s\".",
+    "%s had a value already.",
+    "Type \"off %s\" to silence this warning.",
 };
 static const char* const japanese[] = {
     "コマンド \"%1\" は不明です。",
     "\"%1\" には値がありません。",
     "\"%2\" は数ではないため、%1 の値にできません。",
     "\"%1\" のメッセージはありません。",
+    "%1 には既に値があります。",
+    "この警告を止めるには \"off %1\" と入力してください。",
 };
 
-static const ut_message_table host_messages = {4, HOST_MODULE, codes, mnemonics, english, "host"};
-static const ut_translated_table host_japanese_table = {HOST_MODULE, 4, japanese};
+static const ut_message_table host_messages = {6, HOST_MODULE, codes, mnemonics, english, "host"};
+static const ut_translated_table host_japanese_table = {HOST_MODULE, 6, japanese};
 static const ut_language_tables host_japanese = {1, &host_japanese_table};
 
 /* --- the host --------------------------------------------------------------------------------- */
@@ -119,6 +127,14 @@ static void set_variable(host* self, const char* name, const char* text) {
     _error_context* errors = &self->contexts.error_context;
     _memory_context* memory = &self->contexts.memory_context;
 
+    variable* found = find_variable(self, name);
+    if (found != NULL) {
+        const double value = parse_number(self, name, text);
+        ut_warning(&self->contexts.warning_context, HOST_SET_AGAIN, name);
+        found->value = value;
+        return;
+    }
+
     variable* fresh = ut_mem_alloc(memory, sizeof *fresh);
     ut_cleanup_item_2 item;
     ut_link_cleanup_2(errors, &item, &fresh, memory, free_variable);
@@ -156,6 +172,8 @@ static void run_command(_error_context* errors, void* data) {
         show_variable(self, canonical);
     } else if (strcmp(command, "language") == 0) {
         change_language(self, canonical);
+    } else if (strcmp(command, "off") == 0) {
+        ut_set_warning_state(&self->contexts.warning_context, canonical, UT_WARNING_OFF);
     } else {
         ut_error(errors, HOST_UNKNOWN_COMMAND, command);
     }
@@ -194,6 +212,7 @@ static void start(host* self) {
     if (status != 0) ut_error(&contexts->error_context, UT_OUT_OF_MEMORY);
     ut_mem_add_primary_message_table(&contexts->memory_context, &host_messages);
     ut_mem_add_language(&contexts->memory_context, "ja", &host_japanese);
+    ut_set_warning_hint(&contexts->warning_context, HOST_WARNING_HINT);
 }
 
 static void finish(host* self) {
