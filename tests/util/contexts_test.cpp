@@ -157,7 +157,7 @@ TEST(BasicContexts, FailureAtEveryStepOfThePlainFormGivesEverythingBack) {
 ut_bstream* complaint = nullptr;
 
 void* complain_and_refuse(size_t /*size*/) {
-    const std::string text(2 * UT_ERROR_TEXT_SIZE, 'x');
+    const std::string text(size_t{2} * UT_ERROR_TEXT_SIZE, 'x');
     ut_bputsn(complaint, text.data(), static_cast<int32_t>(text.size()));
     return nullptr;
 }
