@@ -61,7 +61,11 @@ static bool grant(const void* caller) {
         _exit(2);
     }
     if (failing_request < 0 || !is_library(caller)) return true;
+#if defined(QXUT_COVERAGE)
+    return requests++ != failing_request; /* the counts are written with the library's requests */
+#else
     return requests++ < failing_request;
+#endif
 }
 
 static void* given(void* block) {
