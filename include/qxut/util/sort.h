@@ -1,5 +1,4 @@
-/* sort.h - sorting an array in place with a comparison that receives a context.
- */
+/* sort.h - sorting an array in place with a comparison that receives a context. */
 #ifndef QXUT_UTIL_SORT_H
 #define QXUT_UTIL_SORT_H
 
@@ -20,7 +19,8 @@ typedef int32_t (*ut_compare_fcn)(void* context, const void* a, const void* b);
  * also for 0 or 1 elements and when the comparison raises; so OUT_OF_MEMORY may be raised, with
  * the array untouched. At most a multiple of n log n comparisons are made, whatever the input.
  * A comparison that contradicts itself gives some order, but is never asked about anything
- * outside the array. */
+ * outside the array. Ranges of more than 65536 elements poll the interrupt state, so a long sort
+ * may raise ERR_SIGNAL_INTERRUPT. */
 QXUT_API void ut_qsort(void* base, uint32_t n, size_t size, void* context, ut_compare_fcn compare);
 
 QXUT_END_DECLS
