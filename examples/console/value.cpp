@@ -1,0 +1,96 @@
+// value.cpp - see value.h. Tested by tests/console.
+#include "value.h"
+
+#include <cmath>
+#include <limits>
+
+#include <qxut/util/contexts.h>
+#include <qxut/util/output.h>
+
+namespace console {
+namespace {
+
+constexpr size_t kPrinted = 10;  // elements of a vector that are printed
+
+void print_element(const Value& value, size_t i) {
+    if (value.kind == Kind::number) {
+        utPuts(NumberText(value.numbers()[i]).text);
+    } else {
+        utPuts("\"");
+        utPuts(value.texts()[i]);
+        utPuts("\"");
+    }
+}
+
+}  // namespace
+
+Value Value::of(double number) {
+    Value value;
+    value.kind = Kind::number;
+    value.number = number;
+    return value;
+}
+
+Value Value::of(const char* canonical_text) {
+    Value value;
+    value.kind = Kind::text;
+    value.text = canonical_text;
+    return value;
+}
+
+Value Value::of(Kind kind, Vector* vector) {
+    Value value;
+    value.kind = kind;
+    value.is_vector = true;
+    value.vector = vector;
+    return value;
+}
+
+void Value::clear() {
+    if (is_vector && --vector->references == 0) ut_mem_free(utGetMemoryContext(), vector);
+    *this = Value();
+}
+
+Value Value::share() const {
+    if (is_vector) ++vector->references;
+    return *this;
+}
+
+Vector* new_vector(size_t count) {
+    Vector* vector = resize_vector(nullptr, count);
+    vector->references = 1;
+    return vector;
+}
+
+Vector* resize_vector(Vector* vector, size_t count) {
+    if (count > (SIZE_MAX - sizeof(Vector)) / sizeof(double))
+        ut_error(utGetErrorContext(), UT_OUT_OF_MEMORY);
+    vector = static_cast<Vector*>(
+        ut_mem_realloc(utGetMemoryContext(), vector, sizeof(Vector) + count * sizeof(double)));
+    vector->count = count;
+    return vector;
+}
+
+void print_value(const Value& value) {
+    if (!value.is_vector) {
+        print_element(value, 0);
+        utPuts("\n");
+        return;
+    }
+    const size_t count = value.count();
+    utPuts("[");
+    for (size_t i = 0; i < count && i < kPrinted; ++i) {
+        if (i > 0) utPuts(" ");
+        print_element(value, i);
+    }
+    if (count > kPrinted) utPrintf(" ... (%zu)", count);
+    utPuts("]\n");
+}
+
+NumberText::NumberText(double number) {
+    // What the processor makes of 0/0 has its sign bit set; that of a NaN means nothing here.
+    if (std::isnan(number)) number = std::numeric_limits<double>::quiet_NaN();
+    ut_g_fmt(utGetFpcContext(), text, sizeof text, number);
+}
+
+}  // namespace console
