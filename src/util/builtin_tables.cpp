@@ -65,22 +65,22 @@ constexpr auto kContextMessages = make_messages<0>({
 
 constexpr auto kErrorMessages = make_messages<1>({
     {"ASSERTION_FAULT", "Assertion fault \"%s\" in file \"%s\", line %d.",
-     "ファイル \"%2\" の %3 行目で表明 \"%1\" が成り立ちませんでした。"},
+     "ファイル \"%2\" の %3 行目でアサーション \"%1\" が失敗しました。"},
     {"INCORRECT_MAGIC",
      "Internal Error: Incorrect use of magic macros discovered at file \"%s\", line %d.",
-     "内部エラー: ファイル \"%1\" の %2 行目でマジックマクロの誤った使用が見つかりました。"},
+     "内部エラー: ファイル \"%1\" の %2 行目でマジックマクロの誤った使用が検出されました。"},
     {"ERR_RETHROW", "%s", "%1"},
     {"ERR_SIGNAL_INTERRUPT", "", ""},
     {"ERR_VALUE_OVERFLOW_TYPE",
      "Maximum variable size allowed by the program is exceeded.\n"
      "Value of type \"%s\" cannot be represented as type \"%s\" in file \"%s\", line %d.\n(%s).",
-     "プログラムで許される変数の最大サイズを超えました。\n"
+     "プログラムで許容される変数の最大サイズを超えました。\n"
      "ファイル \"%3\" の %4 行目で、型 \"%1\" の値を型 \"%2\" で表すことができません。\n(%5)。"},
     {"ERR_UNSUPPORTED_FP_FMT",
      "Encountered unsupported floating point format. Expected IEEE little endian or big endian "
      "format, encountered VAX or Cray floating point format.",
-     "対応していない浮動小数点形式です。IEEE のリトルエンディアンまたはビッグエンディアン形式が"
-     "必要ですが、VAX または Cray の浮動小数点形式が見つかりました。"},
+     "サポートされていない浮動小数点形式が検出されました。IEEE のリトルエンディアン形式または"
+     "ビッグエンディアン形式が必要ですが、VAX または Cray の浮動小数点形式が検出されました。"},
     {"ERR_FATAL", "", ""},
 });
 
@@ -105,13 +105,13 @@ constexpr auto kFpcMessages = make_messages<25>({
      "Internal Error: Cannot format a floating point number using the specified buffer size of "
      "%ld characters, %ld would be required to format this number",
      "内部エラー: 指定された %1 文字のバッファーでは浮動小数点数を書式化できません。"
-     "この数には %2 文字が必要です"},
+     "この数の書式化には %2 文字が必要です"},
 });
 
 constexpr auto kWarningMessages = make_messages<4>({
     {"WARN_ALL", "All warnings.", "すべての警告。"},
     {"WARNING_HINT", "(Type \"warning off %s\" to suppress this warning.)",
-     "(この警告を止めるには \"warning off %1\" と入力してください。)"},
+     "(この警告を表示しないようにするには \"warning off %1\" と入力してください。)"},
     {"WARNING_TEXT", "Warning: %s", "警告: %1"},
 });
 
