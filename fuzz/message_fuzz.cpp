@@ -98,8 +98,9 @@ void print(const Subject& subject, Values... values) {
     if (result >= 0 && static_cast<size_t>(result) != text.size()) fail("wrong length");
     if (subject.comparable) {
         std::vector<char> expected(kLargestText);
+        // One argument too many, so that there always is one.
         const int length =
-            std::snprintf(expected.data(), expected.size(), subject.english, values...);
+            std::snprintf(expected.data(), expected.size(), subject.english, values..., 0);
         if ((length < 0) != (result < 0)) fail("success differs from snprintf's");
         if (length >= 0 && static_cast<size_t>(length) < expected.size() &&
             text != std::string(expected.data(), static_cast<size_t>(length)))
