@@ -15,15 +15,9 @@
 // Entry point: ut_vprintm. Tested by tests/util/message_format_test.cpp.
 #include "util/message_format.h"
 
-#include <cfenv>
-#include <charconv>
 #include <climits>
-#include <clocale>
-#include <cstdio>
 #include <cstring>
-#include <cwchar>
 #include <limits>
-#include <type_traits>
 
 #include <qxut/util/bstream.h>
 
@@ -31,34 +25,13 @@
 #include "util/message_check.h"
 #include "util/message_conversion.h"
 #include "util/message_scratch.h"
+#include "util/message_slot.h"
 #include "util/message_store.h"
 
 namespace qxut {
 namespace {
 
-constexpr int kOutOfMemory = -1;
 constexpr uint32_t kFrameSlots = 8;
-constexpr size_t kSmallText = 48;  // any plain integer, and all floating point but huge %f
-
-struct Slot {
-    enum class Kind { text, string, callback };
-    struct Callback {
-        ut_message_formatter formatter;
-        ut_arguments position;  // where the callback's own arguments begin
-    };
-
-    Kind kind;
-    const char* begin;  // the conversion in the English text
-    const char* end;
-    const char* bytes;  // text: the formatted argument; string: the argument itself
-    size_t length;      // of a text
-    union {
-        char small[kSmallText];
-        Callback callback;
-    };
-};
-
-int discard(void* /*stream*/, const char* /*text*/, int32_t length) { return length; }
 
 class Run {
   public:
@@ -67,11 +40,8 @@ class Run {
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
     ~Run() {
-        for (uint32_t i = 0; callbacks_ != 0; ++i) {
-            if (slot(i).kind != Slot::Kind::callback) continue;
-            va_end(slot(i).callback.position.list);
-            --callbacks_;
-        }
+        for (uint32_t i = 0; i < count_; ++i)
+            if (slot(i).kind == Slot::Kind::callback) va_end(slot(i).callback.position.list);
     }
 
     // Fills the slots from the arguments of an English text. False: failed, see total().
@@ -88,13 +58,6 @@ class Run {
         return index < kFrameSlots ? frame_slots_[index] : more_slots_[index - kFrameSlots];
     }
     Slot* next_slot(const char* english);
-    int fill(Slot& slot, const Conversion& conversion, ut_arguments& arguments);
-    int record_callback(Slot& slot, ut_arguments& arguments);
-    template <class T>
-    int print_integer(Slot& slot, const Conversion& conversion, T value);
-    int print_double(Slot& slot, const Conversion& conversion, double value);
-    template <class T>
-    int print(Slot& slot, const Conversion& conversion, const char* length, T value);
 
     // Takes a result into the total; false when it is negative.
     bool add(int result) {
@@ -115,220 +78,11 @@ class Run {
     Slot frame_slots_[kFrameSlots];
     Slot* more_slots_ = nullptr;
     uint32_t count_ = 0;
-    uint32_t callbacks_ = 0;    // slots with a position to end
     bool has_doubled_ = false;  // the English text has a "%%"
     int total_ = 0;
 };
 
 // --- first pass: arguments ---------------------------------------------------------------
-
-intmax_t fetch_signed(ArgumentLength length, ut_arguments& arguments) {
-    switch (length) {
-        case ArgumentLength::hh:
-            return static_cast<signed char>(va_arg(arguments.list, int));
-        case ArgumentLength::h:
-            return static_cast<short>(va_arg(arguments.list, int));
-        case ArgumentLength::l:
-            return va_arg(arguments.list, long);
-        case ArgumentLength::ll:
-            return va_arg(arguments.list, long long);
-        case ArgumentLength::z:
-            return va_arg(arguments.list, std::make_signed_t<size_t>);
-        case ArgumentLength::j:
-            return va_arg(arguments.list, intmax_t);
-        case ArgumentLength::t:
-            return va_arg(arguments.list, ptrdiff_t);
-        default:
-            return va_arg(arguments.list, int);
-    }
-}
-
-uintmax_t fetch_unsigned(ArgumentLength length, ut_arguments& arguments) {
-    switch (length) {
-        case ArgumentLength::hh:
-            return static_cast<unsigned char>(va_arg(arguments.list, unsigned));
-        case ArgumentLength::h:
-            return static_cast<unsigned short>(va_arg(arguments.list, unsigned));
-        case ArgumentLength::l:
-            return va_arg(arguments.list, unsigned long);
-        case ArgumentLength::ll:
-            return va_arg(arguments.list, unsigned long long);
-        case ArgumentLength::z:
-            return va_arg(arguments.list, size_t);
-        case ArgumentLength::j:
-            return va_arg(arguments.list, uintmax_t);
-        case ArgumentLength::t:
-            return va_arg(arguments.list, std::make_unsigned_t<ptrdiff_t>);
-        default:
-            return va_arg(arguments.list, unsigned);
-    }
-}
-
-template <class T>
-void store_zero(void* target) {
-    if (target != nullptr) *static_cast<T*>(target) = 0;
-}
-
-// "%n" counts nothing: what stands before it in one language does not in another. Done without
-// the C library, which may end the process over it.
-void clear_count(ArgumentLength length, void* target) {
-    switch (length) {
-        case ArgumentLength::hh:
-            return store_zero<signed char>(target);
-        case ArgumentLength::h:
-            return store_zero<short>(target);
-        case ArgumentLength::l:
-            return store_zero<long>(target);
-        case ArgumentLength::ll:
-            return store_zero<long long>(target);
-        case ArgumentLength::z:
-            return store_zero<std::make_signed_t<size_t>>(target);
-        case ArgumentLength::j:
-            return store_zero<intmax_t>(target);
-        case ArgumentLength::t:
-            return store_zero<ptrdiff_t>(target);
-        default:
-            return store_zero<int>(target);
-    }
-}
-
-bool is_bare(const Conversion& conversion) {
-    return conversion.flags[0] == '\0' && conversion.width == 0 && conversion.precision < 0;
-}
-
-// Formats a value with the C library, under a specification with the conversion's own flags,
-// width and precision and the length of the type that was fetched.
-template <class T>
-int Run::print(Slot& slot, const Conversion& conversion, const char* length, T value) {
-    const bool bare = is_bare(conversion);
-    char specification[16];
-    char* p = specification;
-    const auto append = [&p](const char* part) {
-        for (; *part != '\0'; ++part) *p++ = *part;
-    };
-    append("%");
-    if (!bare) {
-        append(conversion.flags);
-        append("*.*");
-    }
-    append(length);
-    *p++ = conversion.letter;
-    *p = '\0';
-    const auto format = [&](char* text, size_t size) {
-        return bare ? std::snprintf(text, size, specification, value)
-                    : std::snprintf(text, size, specification, conversion.width,
-                                    conversion.precision, value);
-    };
-    const int needed = format(slot.small, sizeof slot.small);
-    if (needed < 0) return needed;
-    slot.length = static_cast<size_t>(needed);
-    if (slot.length < sizeof slot.small) return 0;
-    auto* const text = static_cast<char*>(scratch_.take(slot.length + 1));
-    if (text == nullptr) return kOutOfMemory;
-    slot.bytes = text;
-    const int written = format(text, slot.length + 1);
-    return written < 0 ? written : 0;
-}
-
-// The bare conversions of integers, without the C library.
-template <class T>
-int Run::print_integer(Slot& slot, const Conversion& conversion, T value) {
-    if (!is_bare(conversion)) return print(slot, conversion, "j", value);
-    const int base = conversion.letter == 'o' ? 8 : (conversion.letter | 0x20) == 'x' ? 16 : 10;
-    const auto result = std::to_chars(slot.small, slot.small + sizeof slot.small, value, base);
-    if (conversion.letter == 'X')
-        for (char* p = slot.small; p != result.ptr; ++p)
-            if (*p >= 'a') *p = static_cast<char>(*p - 'a' + 'A');
-    slot.length = static_cast<size_t>(result.ptr - slot.small);
-    return 0;
-}
-
-// Whether std::to_chars prints as the C library would: it knows one decimal point and one way
-// of rounding.
-bool numbers_are_plain() {
-    const char* const point = std::localeconv()->decimal_point;
-    return point[0] == '.' && point[1] == '\0' && std::fegetround() == FE_TONEAREST;
-}
-
-// The conversions of double that have at most a precision, without the C library where possible.
-int Run::print_double(Slot& slot, const Conversion& conversion, double value) {
-    std::chars_format format{};
-    switch (conversion.letter) {
-        case 'f':
-            format = std::chars_format::fixed;
-            break;
-        case 'e':
-            format = std::chars_format::scientific;
-            break;
-        case 'g':
-            format = std::chars_format::general;
-            break;
-        default:
-            break;  // E and G
-    }
-    if (format != std::chars_format{} && conversion.flags[0] == '\0' && conversion.width == 0 &&
-        numbers_are_plain()) {
-        const int precision = conversion.precision < 0 ? 6 : conversion.precision;
-        const auto result =
-            std::to_chars(slot.small, slot.small + sizeof slot.small, value, format, precision);
-        if (result.ec == std::errc()) {
-            slot.length = static_cast<size_t>(result.ptr - slot.small);
-            return 0;
-        }
-    }
-    return print(slot, conversion, "", value);
-}
-
-// Records where the callback's arguments begin and steps over them.
-int Run::record_callback(Slot& slot, ut_arguments& arguments) {
-    slot.callback.formatter = va_arg(arguments.list, ut_message_formatter);
-    va_copy(slot.callback.position.list, arguments.list);
-    slot.kind = Slot::Kind::callback;
-    ++callbacks_;
-    const int result = slot.callback.formatter(discard, nullptr, &arguments);
-    return result < 0 ? result : 0;
-}
-
-// Fetches the argument of a conversion and fills its slot. 0, or a negative result.
-int Run::fill(Slot& slot, const Conversion& conversion, ut_arguments& arguments) {
-    slot.kind = Slot::Kind::text;
-    slot.bytes = slot.small;
-    slot.length = 0;
-    const ArgumentLength length = conversion.length;
-    switch (conversion.letter) {
-        case 's':
-            slot.kind = Slot::Kind::string;
-            slot.bytes = va_arg(arguments.list, const char*);
-            return 0;
-        case 'd':
-        case 'i':
-            return print_integer(slot, conversion, fetch_signed(length, arguments));
-        case 'u':
-        case 'o':
-        case 'x':
-        case 'X':
-            return print_integer(slot, conversion, fetch_unsigned(length, arguments));
-        case 'c':
-            if (length == ArgumentLength::l)
-                return print(slot, conversion, "l", va_arg(arguments.list, wint_t));
-            if (!is_bare(conversion))
-                return print(slot, conversion, "", va_arg(arguments.list, int));
-            slot.small[0] = static_cast<char>(va_arg(arguments.list, int));
-            slot.length = 1;
-            return 0;
-        case 'p':
-            return print(slot, conversion, "", va_arg(arguments.list, void*));
-        case 'n':
-            clear_count(length, va_arg(arguments.list, void*));
-            return 0;
-        case 'U':
-            return record_callback(slot, arguments);
-        default:
-            if (length == ArgumentLength::L)
-                return print(slot, conversion, "L", va_arg(arguments.list, long double));
-            return print_double(slot, conversion, va_arg(arguments.list, double));
-    }
-}
 
 // Where the next slot is; null when out of memory.
 Slot* Run::next_slot(const char* english) {
@@ -355,7 +109,7 @@ bool Run::collect(const char* english, ut_arguments& arguments) {
         next->begin = p;
         next->end = conversion.end;
         ++count_;
-        if (!add(fill(*next, conversion, arguments))) return false;
+        if (!add(fill_slot(*next, conversion, arguments, scratch_))) return false;
         p = std::strchr(conversion.end, '%');
     }
     return true;
@@ -365,11 +119,11 @@ bool Run::collect(const char* english, ut_arguments& arguments) {
 
 bool Run::write(const char* text, size_t length) {
     constexpr size_t kLargestPiece = std::numeric_limits<int32_t>::max();
-    while (length > kLargestPiece) [[unlikely]] {
-            if (!add(writer_(stream_, text, std::numeric_limits<int32_t>::max()))) return false;
-            text += kLargestPiece;
-            length -= kLargestPiece;
-        }
+    while (length > kLargestPiece) {
+        if (!add(writer_(stream_, text, std::numeric_limits<int32_t>::max()))) return false;
+        text += kLargestPiece;
+        length -= kLargestPiece;
+    }
     return length == 0 || add(writer_(stream_, text, static_cast<int32_t>(length)));
 }
 
@@ -424,9 +178,7 @@ void Run::write_translated(const char* text) {
 // Prints a message whose English text is known.
 int print_text(ut_message_context& context, ut_writer writer, void* stream, ut_message_code code,
                const char* english, ut_arguments& arguments) {
-    const char* translated = nullptr;
-    if (context.current_language != 0)
-        translated = text_in(context.languages[context.current_language], code);
+    const char* const translated = translated_text(context, code);
     Run run(context, writer, stream);
     if (!run.collect(english, arguments)) return run.total();
     if (translated != nullptr)

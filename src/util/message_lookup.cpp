@@ -51,11 +51,9 @@ const char* ut_get_primary_message(const ut_message_context* context, ut_message
 }
 
 const char* ut_get_message(const ut_message_context* context, ut_message_code code) {
-    if (is_known(*context, code) && context->current_language != 0) {
-        const char* text = text_in(context->languages[context->current_language], code);
-        if (text != nullptr) return text;
-    }
-    return english_text(*context, code);
+    const char* const translated =
+        is_known(*context, code) ? translated_text(*context, code) : nullptr;
+    return translated != nullptr ? translated : english_text(*context, code);
 }
 
 void ut_make_message_identifier(char* buffer, const ut_message_context* context,

@@ -59,6 +59,12 @@ inline const char* text_in(const ut_message_language& language, ut_message_code 
     return index < texts.count ? texts.texts[index] : nullptr;
 }
 
+// The text of a code in the current language; null where that is English or has none.
+inline const char* translated_text(const ut_message_context& context, ut_message_code code) {
+    if (context.current_language == 0 || context.languages == nullptr) return nullptr;
+    return text_in(context.languages[context.current_language], code);
+}
+
 // The English text of a code, or null. The texts of module 0 are there in an empty context too.
 const char* english_text(const ut_message_context& context, ut_message_code code);
 
