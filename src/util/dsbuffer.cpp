@@ -1,9 +1,9 @@
 // dsbuffer.cpp - a byte buffer that grows by doubling.
 //
 // Every append makes room first and copies second; the record changes only when a reallocation
-// has succeeded, so a raise leaves the buffer as it was. The calls that fit, nearly all of them,
-// run without a call of another function; growth is kept out of line.
-// Entry points: the ut_dsbput family. Tested by tests/util/dsbuffer_test.cpp.
+// has succeeded, so a raise leaves the buffer as it was. Short appends that fit, nearly all of
+// them, run without another call; everything else is kept out of line. Entry points: the ut_dsbput
+// family. Tested by tests/util/dsbuffer_test.cpp.
 #include <qxut/util/dsbuffer.h>
 
 #include <cstring>
@@ -62,16 +62,19 @@ void copy_ends(char* to, const char* from, uint64_t count) {
     std::memcpy(to + count - sizeof tail, &tail, sizeof tail);
 }
 
-struct Block16 {
-    uint64_t words[2];
+template <size_t Words>
+struct Block {
+    uint64_t words[Words];
 };
 
-// memmove, without a call for the short texts that most appends are.
-void copy_overlapping(char* to, const char* from, uint64_t count) {
-    if (count > 2 * sizeof(Block16))
-        std::memmove(to, from, count);
-    else if (count >= sizeof(Block16))
-        copy_ends<Block16>(to, from, count);
+constexpr uint64_t kShort = 64;
+
+// memmove for up to kShort bytes, without a call.
+[[gnu::always_inline]] inline void copy_short(char* to, const char* from, uint64_t count) {
+    if (count >= sizeof(Block<4>))
+        copy_ends<Block<4>>(to, from, count);
+    else if (count >= sizeof(Block<2>))
+        copy_ends<Block<2>>(to, from, count);
     else if (count >= sizeof(uint64_t))
         copy_ends<uint64_t>(to, from, count);
     else if (count >= sizeof(uint32_t))
@@ -82,13 +85,33 @@ void copy_overlapping(char* to, const char* from, uint64_t count) {
         *to = *from;
 }
 
-void append(ut_dsbuffer& buffer, const char* source, uint64_t count) {
-    if (!has_room(buffer, count)) [[unlikely]] {
-        if (count == 0) return;
+// Appends many bytes, or what does not fit, and returns `result`: the callers end in this call.
+template <class Result>
+[[gnu::noinline]] Result append_slow(ut_dsbuffer& buffer, const char* source, uint64_t count,
+                                     Result result) {
+    if (!has_room(buffer, count)) {
+        if (count == 0) return result;
         source = grow(buffer, source, count);
     }
-    copy_overlapping(buffer.data + buffer.length, source, count);
+    if (count != 0) std::memmove(buffer.data + buffer.length, source, count);
     buffer.length += count;
+    return result;
+}
+
+template <class Result>
+[[gnu::always_inline]] inline Result append(ut_dsbuffer& buffer, const char* source, uint64_t count,
+                                            Result result) {
+    if (count > kShort || !has_room(buffer, count))
+        return append_slow(buffer, source, count, result);
+    copy_short(buffer.data + buffer.length, source, count);
+    buffer.length += count;
+    return result;
+}
+
+[[gnu::noinline, gnu::cold]] int putc_growing(unsigned char byte, ut_dsbuffer& buffer) {
+    grow(buffer, nullptr, 1);
+    buffer.data[buffer.length++] = static_cast<char>(byte);
+    return byte;
 }
 
 // The bytes of a signed count: a negative one widens to a size that no buffer can have.
@@ -110,28 +133,25 @@ void ut_clear_dsbuffer(ut_dsbuffer* buffer) {
 }
 
 int ut_dsbputc(int character, ut_dsbuffer* buffer) {
-    if (buffer->length >= buffer->capacity) [[unlikely]]
-        grow(*buffer, nullptr, 1);
     const auto byte = static_cast<unsigned char>(character);
+    if (buffer->length >= buffer->capacity) [[unlikely]]
+        return putc_growing(byte, *buffer);
     buffer->data[buffer->length++] = static_cast<char>(byte);
     return byte;
 }
 
 int ut_dsbputsn(void* buffer, const char* source, int32_t count) {
-    append(*static_cast<ut_dsbuffer*>(buffer), source, widen(count));
-    return count;
+    return append(*static_cast<ut_dsbuffer*>(buffer), source, widen(count), count);
 }
 
 int ut_dsbputs(const char* source, void* buffer) {
-    append(*static_cast<ut_dsbuffer*>(buffer), source,
-           widen(static_cast<int32_t>(std::strlen(source))));
-    return *source != '\0' ? 1 : 0;
+    const uint64_t length = widen(static_cast<int32_t>(std::strlen(source)));
+    return append(*static_cast<ut_dsbuffer*>(buffer), source, length, *source != '\0' ? 1 : 0);
 }
 
 uint64_t ut_dsbwrite(const void* source, uint64_t size, uint64_t count, ut_dsbuffer* buffer) {
     if (size != 0 && count > kLargest / size) raise_too_large(*buffer);
-    append(*buffer, static_cast<const char*>(source), size * count);
-    return count;
+    return append(*buffer, static_cast<const char*>(source), size * count, count);
 }
 
 void ut_dsb_shrink_buffer(ut_dsbuffer* buffer, uint64_t length) { buffer->length = length; }
