@@ -50,9 +50,8 @@ Contexts::~Contexts() {
     EXPECT_EQ(errors.cleanup, 0u) << "a cleanup item is still linked";
     EXPECT_EQ(errors.frame, nullptr);
     EXPECT_EQ(errors.unwind_target, nullptr);
-    EXPECT_EQ(blocks(), 0u) << "blocks leaked";
     ut_clear_message_context(&messages, CountdownHeap::release);
-    EXPECT_EQ(heap.live_bytes(), 0u);
+    EXPECT_EQ(heap.live_blocks(), 0u) << "blocks leaked";
 }
 
 Raised Contexts::run(const std::function<void()>& body) {
