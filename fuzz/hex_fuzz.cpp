@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr size_t kLargestBlock = size_t{1} << 20;
+constexpr size_t kLargestBlock = size_t{1} << 14;
 
 void* allocate(size_t size) { return size > kLargestBlock ? nullptr : std::malloc(size); }
 void* reallocate(void* block, size_t size) {
