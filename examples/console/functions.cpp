@@ -56,7 +56,13 @@ Summary summarise(const Value& value) {
     return summarise(value, [](double x) { return x; });
 }
 
+double mean(const Summary& summary) { return summary.mean(); }
+double least(const Summary& summary) { return summary.least; }
+double greatest(const Summary& summary) { return summary.greatest; }
+
+// The summary of the value on top, which must hold at least one number that is not missing.
 Summary summarise_some(Machine& machine, const Function& self) {
+    need_numbers(machine.top(), self.name);
     const Summary summary = summarise(machine.top());
     if (summary.count == 0) raise(Message::no_values, self.name);
     return summary;
@@ -67,28 +73,17 @@ void run_sum(Machine& machine, const Function& self, size_t) {
     machine.push(Value::of(summarise(machine.top()).sum));
 }
 
-void run_mean(Machine& machine, const Function& self, size_t) {
-    need_numbers(machine.top(), self.name);
-    machine.push(Value::of(summarise_some(machine, self).mean()));
-}
-
-void run_min(Machine& machine, const Function& self, size_t) {
-    need_numbers(machine.top(), self.name);
-    machine.push(Value::of(summarise_some(machine, self).least));
-}
-
-void run_max(Machine& machine, const Function& self, size_t) {
-    need_numbers(machine.top(), self.name);
-    machine.push(Value::of(summarise_some(machine, self).greatest));
+template <double (*statistic)(const Summary&)>
+void run_statistic(Machine& machine, const Function& self, size_t) {
+    machine.push(Value::of(statistic(summarise_some(machine, self))));
 }
 
 // Sample standard deviation; 0 for one value.
 void run_std(Machine& machine, const Function& self, size_t) {
-    need_numbers(machine.top(), self.name);
     const Summary summary = summarise_some(machine, self);
-    const double mean = summary.mean();
+    const double centre = summary.mean();
     const double squares =
-        summarise(machine.top(), [mean](double x) { return (x - mean) * (x - mean); }).sum;
+        summarise(machine.top(), [centre](double x) { return (x - centre) * (x - centre); }).sum;
     const double freedom = static_cast<double>(std::max<size_t>(summary.count - 1, 1));
     machine.push(Value::of(std::sqrt(squares / freedom)));
 }
@@ -169,7 +164,6 @@ void run_unique(Machine& machine, const Function& self, size_t) {
 }
 
 void run_median(Machine& machine, const Function& self, size_t) {
-    need_numbers(machine.top(), self.name);
     const size_t count = summarise_some(machine, self).count;
     push_sorted(machine, self);  // missing values last
     const double* x = machine.top().numbers();
@@ -248,17 +242,17 @@ constexpr Function one_number(const char* name, const char* usage, double (*f)(d
 
 constexpr Function kFunctions[] = {
     {"sum", "sum(x)", 1, 1, run_sum, nullptr},
-    {"mean", "mean(x)", 1, 1, run_mean, nullptr},
+    {"mean", "mean(x)", 1, 1, run_statistic<mean>, nullptr},
     {"median", "median(x)", 1, 1, run_median, nullptr},
-    {"min", "min(x)", 1, 1, run_min, nullptr},
-    {"max", "max(x)", 1, 1, run_max, nullptr},
+    {"min", "min(x)", 1, 1, run_statistic<least>, nullptr},
+    {"max", "max(x)", 1, 1, run_statistic<greatest>, nullptr},
     {"std", "std(x)", 1, 1, run_std, nullptr},
     {"count", "count(x)", 1, 1, run_count, nullptr},
     {"length", "length(x)", 1, 1, run_length, nullptr},
     {"sort", "sort(x)", 1, 1, run_sort, nullptr},
     {"unique", "unique(x)", 1, 1, run_unique, nullptr},
     {"where", "where(condition)", 1, 1, run_where, nullptr},
-    {"range", "range(first, last) or range(first, last, step)", 2, 3, run_range, nullptr},
+    {"range", "range(first, last[, step])", 2, 3, run_range, nullptr},
     one_number("abs", "abs(x)", [](double x) { return std::fabs(x); }),
     one_number("sqrt", "sqrt(x)", [](double x) { return std::sqrt(x); }),
     one_number("exp", "exp(x)", [](double x) { return std::exp(x); }),
