@@ -82,10 +82,10 @@ TEST(Warning, IsPrintedInTheCurrentLanguageWithAHint) {
               "Warning: Durch 2 geteilt: 1.\n[VELUMA:division abschalten]\n");
     ut_add_builtin_japanese(&status, &contexts.messages, qxut_test::CountdownHeap::reallocate);
     ut_change_language(&status, &contexts.messages, "ja");
+    // The module has no texts in this language.
+    EXPECT_EQ(warnings.warn("1", 2), "警告: 1 divided by 2.\n[silence VELUMA:division]\n");
     EXPECT_EQ(ut_set_warning_hint(&warnings.context, UT_WARNING_HINT), kHint);
-    EXPECT_EQ(warnings.warn("1", 2),
-              "警告: 1 divided by 2.\n(この警告を止めるには \"warning off VELUMA:division\" "
-              "と入力してください。)\n");
+    EXPECT_NE(warnings.warn().find("\"warning off VELUMA:division\""), std::string::npos);
 
     const std::string longest(100'000, 'x');
     EXPECT_EQ(warnings.warn(longest.c_str()).find(longest), std::string("警告: ").size());
