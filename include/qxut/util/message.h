@@ -67,18 +67,19 @@ typedef struct ut_language_tables {
 
 /* A language of a context; slot 0 holds the English texts of the primary tables. */
 typedef struct ut_message_language ut_message_language;
-/* Working memory of one formatting run; see src/util/README.md. */
+/* Working memory of formatting. */
 typedef struct ut_message_scratch ut_message_scratch;
 
-/* The record. `modules` below is highest_module + 1; the arrays grow in steps of 64 modules. */
+/* The record. The arrays grow in steps of 64 modules. A zeroed record is an empty context, which
+ * can be asked, printed with and cleared, and knows the messages of module 0. */
 struct ut_message_context {
-    uint32_t highest_module;        /* highest module number registered */
-    uint32_t* entry_counts;         /* per module; 0: not registered */
-    uint64_t* reference_counts;     /* per module */
+    uint32_t highest_module;        /* highest module number ever registered */
+    uint32_t* entry_counts;         /* per module */
+    uint64_t* reference_counts;     /* per module; 0: not registered */
     const char* const** mnemonics;  /* per module */
     const char** components;        /* per module */
     uint32_t current_language;      /* index into languages */
-    ut_message_scratch* scratch;    /* one slot per conversion of the message */
+    ut_message_scratch* scratch;    /* for the conversions of long messages */
     ut_message_language* languages; /* slot 0: English */
     ut_alloc_fcn allocate;
     ut_realloc_fcn reallocate;
@@ -111,8 +112,10 @@ QXUT_API void ut_clear_message_context(ut_message_context* context, ut_free_fcn 
 /* --- registration ----------------------------------------------------------------------- */
 
 /* Registers a module's table, or adds a reference when this very table is registered already.
- * Sets `status` (see ut_message_status) and returns module * 65536 + the entry at fault, 0 on
- * success. On failure the context is as it was. */
+ * Module numbers are below 32768. The conversions of a text are those of printf, without `*` and
+ * `$`; %s, %% and %U stand without flags, width, precision or length, %n stores 0.
+ * Sets `status` (see ut_message_status) and returns module * 65536 + the entry at fault, entry 0
+ * where it is none in particular; 0 on success. On failure the context is as it was. */
 QXUT_API ut_message_code ut_add_primary_message_table(int32_t* status, ut_message_context* context,
                                                       const ut_message_table* table,
                                                       ut_realloc_fcn reallocate);
@@ -124,7 +127,8 @@ QXUT_API void ut_remove_primary_message_table(int32_t* status, ut_message_contex
 
 /* Adds translated texts under a language's name ("ja"), which is copied. Texts for a language
  * that exists are merged module by module, a later table replacing an earlier one. Texts of a
- * module that is registered are checked now, others when the module is. Result as above. */
+ * module that is registered are checked now, others when the module is. "English"
+ * is refused with status 14. Result as above. */
 QXUT_API ut_message_code ut_add_language(int32_t* status, ut_message_context* context,
                                          const char* name, const ut_language_tables* tables,
                                          ut_realloc_fcn reallocate);
@@ -168,23 +172,26 @@ QXUT_API int ut_vprintm(ut_message_context* context, ut_writer writer, void* str
 QXUT_API int ut_printm(ut_message_context* context, ut_writer writer, void* stream,
                        ut_message_code code, ...);
 
-/* Format into a buffer of `size` bytes (at least 1), cut to fit and always terminated; when the
- * text fills the buffer its last byte is lost. Return the number of characters stored. */
+/* Format into a buffer of `size` bytes, cut to fit and always terminated; when the text fills the
+ * buffer its last byte is lost. Return the number of characters stored, or a negative result as
+ * above. A size of 0 stores nothing and returns 0. */
 QXUT_API int ut_vsprintm(ut_message_context* context, char* buffer, size_t size,
                          ut_message_code code, va_list arguments);
 QXUT_API int ut_sprintm(ut_message_context* context, char* buffer, size_t size,
                         ut_message_code code, ...);
 
-/* Format to a C file. */
+/* Format to a C file, through ut_fputsn. */
 QXUT_API int ut_vfprintm(ut_message_context* context, FILE* file, ut_message_code code,
                          va_list arguments);
 QXUT_API int ut_fprintm(ut_message_context* context, FILE* file, ut_message_code code, ...);
 
-/* A ut_writer whose stream is a FILE*; a length below 1 writes nothing and gives 0. */
+/* A ut_writer whose stream is a FILE*. Stops at a NUL; a length below 1 writes nothing and
+ * gives 0. */
 QXUT_API int ut_fputsn(void* file, const char* text, int32_t length);
 
-/* Prints the module-0 message of a registration status, with the module (and entry) that
- * registration returned: `position` is its result. */
+/* Prints the module-0 message of a registration status, with the module and entry that
+ * registration returned: `position` is its result. Returns as ut_printm; status 0 prints
+ * nothing. */
 QXUT_API int ut_print_message_context_error(ut_message_context* context, ut_writer writer,
                                             void* stream, int32_t status, ut_message_code position);
 
