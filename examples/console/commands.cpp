@@ -150,7 +150,8 @@ const Command* find_command(const char* name) {
 }
 
 bool is_command(const char* name) {
-    return find_command(name) != nullptr || is(name, "time") || is(name, "repeat");
+    return find_command(name) != nullptr || is(name, "time") || is(name, "try") ||
+           is(name, "repeat");
 }
 
 }  // namespace console

@@ -97,7 +97,7 @@ constexpr Entry kEntries[] = {
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
      "  language English|ja           warning on|off|error [identifier]\n"
      "  transcript \"file\"|off         echo on|off\n"
-     "  time statement                repeat N statement\n"
+     "  time statement                repeat N statement              try statement\n"
      "  clear [name]   who   memory   help   quit",
      "  1/3   2^10   -x   [1 2 3]*2   x > 1 & x < 3   x[2]   x[where(x > 1)]   \"文字列\"\n"
      "  名前 = 式\n"
@@ -106,7 +106,7 @@ constexpr Entry kEntries[] = {
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
      "  language English|ja           warning on|off|error [識別子]\n"
      "  transcript \"ファイル\"|off     echo on|off\n"
-     "  time 文                       repeat 回数 文\n"
+     "  time 文                       repeat 回数 文                  try 文\n"
      "  clear [名前]   who   memory   help   quit"},
 };
 constexpr uint32_t kCount = static_cast<uint32_t>(std::size(kEntries));

@@ -95,16 +95,21 @@ const char* take_command_word(Lexer& statement) {
 // How a statement is to be run, and which command it is.
 struct Order {
     bool timed = false;
+    bool tried = false;  // its error is printed, but does not fail the script
     double repetitions = 1;
     const Command* command = nullptr;  // null: an expression or an assignment
 
-    // Takes "time", "repeat N" and the command's name off the statement.
+    // Takes "time", "try", "repeat N" and the command's name off the statement.
     explicit Order(Lexer& statement) {
         while (const char* word = take_command_word(statement)) {
             command = find_command(word);
             if (command != nullptr) return;
             if (std::strcmp(word, "time") == 0) {
                 timed = true;
+                continue;
+            }
+            if (std::strcmp(word, "try") == 0) {
+                tried = true;
                 continue;
             }
             const Token number = statement.next();
@@ -131,7 +136,7 @@ bool Session::attempt(const Source* place, Body body) {
         attempt.failure.describe(error);
     }
     if (error == 0) return true;
-    has_failed_ = true;
+    has_failed_ = has_failed_ || !tried_;
     attempt.failure.print(place);
     return false;
 }
@@ -177,6 +182,7 @@ void Session::run_statements(Source& source) {
         if (source.interactive()) utPuts(">> ");
         flush_terminal();
         attempt(&source, [&] {
+            tried_ = false;
             more = source.read_line(&line_);
             // Ctrl-C at the prompt gives up the line.
             if (!more || (source.interactive() && utTakeInterrupt())) return;
@@ -195,6 +201,7 @@ void Session::execute(const char* text) {
     const auto start = std::chrono::steady_clock::now();
     Lexer statement(text);
     const Order order(statement);
+    tried_ = order.tried;
     Program program;
     const Guard free_program(program);
     Machine machine(symbols_);

@@ -52,6 +52,7 @@ class Session {
     ut_dsbuffer line_{};
     const char* script_ = nullptr;  // path of the script that is running
     bool echo_ = false;
+    bool tried_ = false;  // the statement that runs may fail
     bool has_failed_ = false;
     bool has_quit_ = false;
 };
