@@ -322,6 +322,12 @@ TEST(MessageFormat, EmptyContextKnowsItsOwnMessages) {
     ut_print_message_context_error(&context, append, &text, UT_BAD_MSG_CODE, 5 * 65536 + 3);
     EXPECT_NE(text, "");
     EXPECT_STREQ(ut_get_message_mnemonic(&context, 1), "NO_MEMORY_FOR_MESSAGE_CONTEXT");
+    EXPECT_STREQ(ut_get_language(&context), "English");
+    int32_t status = -1;
+    ut_change_language(&status, &context, "English");
+    EXPECT_EQ(status, 0);
+    ut_change_language(&status, &context, "ja");
+    EXPECT_EQ(status, UT_BAD_MSG_CODE);
     EXPECT_EQ(heap.requests(), 0u);
 }
 

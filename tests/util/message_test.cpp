@@ -225,6 +225,8 @@ TEST_F(Message, TablesAreCounted) {
     EXPECT_EQ(remove(table), UT_BAD_MSG_CODE);
     EXPECT_EQ(add(shorter), kGood);
 
+    const Table beyond(0x8000, {});
+    EXPECT_EQ(add(beyond), (Answer{UT_WRONG_CODE, code(0x8000, 0)}));
     const Table empty(10, {});
     EXPECT_EQ(add(empty), kGood);
     EXPECT_EQ(add(empty), kGood);
