@@ -98,6 +98,8 @@ const bool registered = [] {
     add_ints("equal", [](size_t) { return 7; });
     add_ints("zero_one", [&](size_t) { return static_cast<int>(random() % 2); });
     add_ints("hundred_values", [&](size_t) { return static_cast<int>(random() % 100); });
+    add_ints("ten_appended",
+             [&](size_t i) { return static_cast<int>(i < kInts - 10 ? i : random() % kInts); });
     add_records("random", [&](size_t) { return random(); });
     add_records("sorted", [](size_t i) { return i; });
     add_records("reverse", [](size_t i) { return kRecords - i; });

@@ -29,7 +29,13 @@
 //    i the pivot stays; the sides are ascending again. So nothing moves: such a range is recognised
 //    by comparing neighbours, all-equal ones among them. In a strictly descending range all
 //    elements differ, so there is just one ascending order, and reversing gives it.
-// 3. Ties with a neighbour. The elements next to a range, lo - 1 and hi + 1, are pivots in their
+// 3. Nearly ascending ranges. In a sorted array to which a few elements were added, the least of
+//    three is often the median, and partitions settle next to nothing. What is known to be
+//    ascending is therefore handed down: a partition then compares the few other elements and
+//    searches the ascending run for its part > pivot and its part < pivot. The exchanges are those
+//    of 1, and what they replace in the run lies where the two parts begin, so the sides have runs
+//    too.
+// 4. Ties with a neighbour. The elements next to a range, lo - 1 and hi + 1, are pivots in their
 //    final places: bounds of the range. Where few values occur, pivots often equal a bound:
 //      - equal to lo - 1: the pivot is the least of the range. j finds nothing and ends at lo; if
 //        k is lo, nothing moves, else element lo is > pivot (it would be the median otherwise) and
@@ -38,13 +44,13 @@
 //        last element < pivot; from there on all are equal. Only j's scan is done, and not beyond
 //        k.
 //    Each settles what it looks at, so a column of two values takes a linear time.
-// 4. Small ranges. If no two elements are equal, there is just one ascending order, and
+// 5. Small ranges. If no two elements are equal, there is just one ascending order, and
 //    any method may find it. Up to 16 elements are sorted by insertion into an order held in one
 //    word, whose comparisons steer no branch. Elements that are equal and become neighbours must
 //    have been compared with each other, so ties are always noticed; such a range is partitioned.
-// 5. Depth. The sides are independent: the smaller is taken first, so at most log2 n wait.
-// 6. The end of patience. After 4 n log2 n comparisons of the definition, plus four million, what
-//    is left is sorted by heap. Comparisons made in vain by 2 and 4 are limited on their own: they
+// 6. Depth. The sides are independent: the smaller is taken first, so at most log2 n wait.
+// 7. The end of patience. After 4 n log2 n comparisons of the definition, plus four million, what
+//    is left is sorted by heap. Comparisons made in vain by 2 and 5 are limited on their own: they
 //    must not bring this forward.
 //
 // No comparison comes between the moves of one exchange, so one that raises finds every element in
@@ -62,6 +68,7 @@
 
 #include "util/heapsort.h"
 #include "util/sort_elements.h"
+#include "util/sort_run.h"
 
 namespace qxut {
 
@@ -85,13 +92,13 @@ class Quicksort {
     void sort() {
         Range waiting[kDepth];
         int count = 0;
-        Range range{0, last_};
+        Range range{0, last_, {}};
         for (;;) {
-            Range other{0, -1};
+            Range other{0, -1, {}};
             while (step(range, other)) {
                 if (size(other) < size(range)) std::swap(range, other);
                 if (size(other) > 1) waiting[count++] = other;
-                other = {0, -1};
+                other = {0, -1, {}};
             }
             if (count == 0) return;
             range = waiting[--count];
@@ -101,13 +108,20 @@ class Quicksort {
   private:
     static constexpr int kDepth = 33;
     static constexpr SortIndex kBlock = 128;
+    static constexpr SortIndex kOthers = 512;
     static constexpr SortIndex kInterruptible = 1 << 16;
 
     struct Range {
         SortIndex lo;
         SortIndex hi;  // inclusive
+        SortRun run;   // known to be ascending
     };
-    static SortIndex size(Range range) { return range.hi - range.lo + 1; }
+    static SortIndex size(const Range& range) { return range.hi - range.lo + 1; }
+    // Whether all but a few elements belong to the run.
+    static bool is_nearly_ascending(const Range& range) {
+        const SortIndex others = size(range) - range.run.size();
+        return others <= kOthers && 2 * others < size(range);
+    }
 
     int32_t order(SortIndex a, SortIndex b) const {
         return order_.compare(order_.context, elements_.at(a), elements_.at(b));
@@ -121,7 +135,8 @@ class Quicksort {
             split(range, choose_pivot(range), other);
             return true;
         }
-        if (settle_ordered(range)) return false;
+        if (!is_nearly_ascending(range) && settle_ordered(range)) return false;
+        if (range.run.size() == size(range)) return false;
         if (size(range) > kInterruptible) utPollInterrupt(order_.errors);
         while (size(range) > kSmallSort) {
             if (patience_ < 0) {
@@ -131,7 +146,8 @@ class Quicksort {
             const SortIndex pivot = choose_pivot(range);
             if (range.lo > 0 && order(pivot, range.lo - 1) == 0) {
                 elements_.exchange(pivot, range.lo);
-                ++range.lo;
+                range.run.cut(pivot);
+                range.run.clip(++range.lo, range.hi);
             } else if (range.hi < last_ && order(pivot, range.hi + 1) == 0) {
                 settle_greatest(range, pivot);
             } else {
@@ -143,8 +159,9 @@ class Quicksort {
     }
 
     // Median of three, ties going to the lower index.
-    SortIndex choose_pivot(Range range) {
-        const auto [lo, hi] = range;
+    SortIndex choose_pivot(const Range& range) {
+        const SortIndex lo = range.lo;
+        const SortIndex hi = range.hi;
         const SortIndex mid = (lo + hi) / 2;
         --patience_;
         const int32_t c = order(lo, mid);
@@ -164,20 +181,28 @@ class Quicksort {
         patience_ -= range.hi - j;
         elements_.exchange(pivot, j);
         range.hi = j - 1;
+        range.run.cut(pivot);
+        range.run.clip(range.lo, range.hi);
     }
 
     void split(Range& range, SortIndex pivot, Range& other) {
+        if (is_nearly_ascending(range)) {
+            split_by_run(range, pivot, other);
+            return;
+        }
         patience_ -= size(range);
         const SortIndex place = partition(range, pivot);
-        other = {place + 1, range.hi};
-        range.hi = place - 1;
+        other = {place + 1, range.hi, {}};
+        range = {range.lo, place - 1, {}};
     }
 
     // Indices of elements that are to change sides, ascending.
-    struct Gathered {
-        uint32_t indices[3 * kBlock];
+    template <SortIndex Capacity>
+    struct GatheredUpTo {
+        uint32_t indices[Capacity];
         SortIndex count = 0;
     };
+    using Gathered = GatheredUpTo<3 * kBlock>;
 
     // Appends the indices of first .. first + count - 1 whose elements are > pivot.
     void gather_greater(SortIndex first, SortIndex count, const char* pivot, Gathered& out) const {
@@ -196,8 +221,9 @@ class Quicksort {
             out.count += order.compare(order.context, element, pivot) < 0 ? 1 : 0;
         }
     }
-    void gather_both(SortIndex first, SortIndex count, const char* pivot, Gathered& greater,
-                     Gathered& less) const {
+    template <class AnyGathered>
+    void gather_both(SortIndex first, SortIndex count, const char* pivot, AnyGathered& greater,
+                     AnyGathered& less) const {
         const SortOrder order = order_;
         const char* element = elements_.at(first);
         for (SortIndex i = first; i < first + count; ++i, element += elements_.size()) {
@@ -213,7 +239,7 @@ class Quicksort {
     //
     //   lo    looked at     l    middle    r    looked at    hi
     //   |   all <= pivot    |              |   all >= pivot   |
-    SortIndex partition(Range range, SortIndex k) const {
+    SortIndex partition(const Range& range, SortIndex k) const {
         const char* const pivot = elements_.at(k);
         SortIndex l = range.lo;
         SortIndex r = range.hi;
@@ -271,28 +297,145 @@ class Quicksort {
         return k;
     }
 
-    // Leaves an ascending range, reverses a strictly descending one, and returns true; false for
-    // any other range, after looking at its ordered beginning.
-    bool settle_ordered(Range range) {
-        if (spare_ < 0) return false;
-        SortIndex at = range.lo + 1;
-        const bool descending = order(range.lo, at) > 0;
-        if (descending)
-            while (at < range.hi && order(at, at + 1) > 0) ++at;
-        else
-            while (at < range.hi && order(at, at + 1) <= 0) ++at;
-        if (at < range.hi) {
-            spare_ -= at - range.lo + 1;
-            return false;
+    // First slot of the run whose element is at least (`above`: greater than) that of slot k;
+    // behind the run if there is none. Searches in growing steps from k if k is in the run.
+    SortIndex bound_in_run(SortRun run, SortIndex k, bool above) {
+        const auto is_before = [&](SortIndex slot) {
+            --patience_;
+            const int32_t c = order(slot, k);
+            return above ? c <= 0 : c < 0;
+        };
+        SortIndex first = run.lo;  // the bound is in first..end
+        SortIndex end = run.hi + 1;
+        if (run.contains(k) && above) {
+            first = k + 1;
+            for (SortIndex step = 1; first + step <= end; step *= 2) {
+                if (!is_before(first + step - 1)) {
+                    end = first + step - 1;
+                    break;
+                }
+                first += step;
+            }
+        } else if (run.contains(k)) {
+            end = k;
+            for (SortIndex step = 1; end - step >= first; step *= 2) {
+                if (is_before(end - step)) {
+                    first = end - step + 1;
+                    break;
+                }
+                end -= step;
+            }
         }
+        while (first < end) {
+            const SortIndex middle = first + (end - first) / 2;
+            if (is_before(middle))
+                first = middle + 1;
+            else
+                end = middle;
+        }
+        return first;
+    }
+
+    // Partitions a range about its element `k`, looking only at the elements that are not of its
+    // run and, in the run, for where elements become equal to the pivot and greater. So the
+    // elements > pivot, from the left, are those before the run, the run's end from `above` on, and
+    // those behind it; those < pivot, from the right, likewise with the run's part below `least`.
+    void split_by_run(Range& range, SortIndex k, Range& other) {
+        const SortRun run = range.run;
+        const SortIndex least = bound_in_run(run, k, false);
+        const SortIndex above = bound_in_run(run, k, true);
+        GatheredUpTo<kOthers + 1> greater;
+        GatheredUpTo<kOthers + 1> less;
+        const char* const pivot = elements_.at(k);
+        gather_both(range.lo, run.lo - range.lo, pivot, greater, less);
+        const SortIndex greater_before = greater.count;
+        const SortIndex less_before = less.count;
+        gather_both(run.hi + 1, range.hi - run.hi, pivot, greater, less);
+        patience_ -= size(range) - run.size();
+        const SortIndex greater_in_run = run.hi + 1 - above;
+        const SortIndex less_in_run = least - run.lo;
+        const SortIndex less_behind = less.count - less_before;
+
+        const auto up = [&](SortIndex nth) {
+            if (nth < greater_before) return SortIndex{greater.indices[nth]};
+            nth -= greater_before;
+            if (nth < greater_in_run) return above + nth;
+            return SortIndex{greater.indices[nth - greater_in_run + greater_before]};
+        };
+        const auto down = [&](SortIndex nth) {
+            if (nth < less_behind) return SortIndex{less.indices[less.count - 1 - nth]};
+            nth -= less_behind;
+            if (nth < less_in_run) return least - 1 - nth;
+            return SortIndex{less.indices[less_before - 1 - (nth - less_in_run)]};
+        };
+        const SortIndex all_greater = greater.count + greater_in_run;
+        const SortIndex all_less = less.count + less_in_run;
+        const SortIndex pairs = std::min(all_greater, all_less);
+        SortIndex t = 0;
+        for (; t < pairs && up(t) < down(t); ++t) elements_.exchange(up(t), down(t));
+
+        // As in partition(), but all elements are known.
+        SortIndex place = k;
+        SortIndex j = t < all_less ? down(t) : range.lo;
+        if (t > 0) j = std::max(j, up(t - 1));
+        SortIndex i = t < all_greater ? up(t) : range.hi;
+        if (t > 0) i = std::min(i, down(t - 1));
+        if (j > k)
+            place = j;
+        else if (i < k)
+            place = i;
+        elements_.exchange(k, place);
+
+        // What the exchanges replaced in the run lies together on either side of its equal
+        // elements.
+        const SortIndex replaced_above =
+            std::clamp(t - greater_before, SortIndex{0}, greater_in_run);
+        const SortIndex replaced_below = std::clamp(t - less_behind, SortIndex{0}, less_in_run);
+        SortRun lower = run;
+        SortRun upper = run;
+        if (replaced_above > 0) {
+            lower.clip(run.lo, above - 1);
+            upper.clip(above + replaced_above, run.hi);
+        }
+        if (replaced_below > 0) {
+            lower.clip(run.lo, least - replaced_below - 1);
+            upper.clip(least, run.hi);
+        }
+        other = {place + 1, range.hi, upper};
+        range = {range.lo, place - 1, lower};
+        for (Range* side : {&range, &other}) {
+            side->run.clip(side->lo, side->hi);
+            if (place != k) side->run.cut(k);
+        }
+    }
+
+    // Leaves an ascending range, reverses a strictly descending one, and returns true. In any
+    // other range, notes the longer of the ascending stretches at its ends, and returns false.
+    bool settle_ordered(Range& range) {
+        if (spare_ < 0) return false;
+        const SortIndex lo = range.lo;
+        const SortIndex hi = range.hi;
+        SortIndex first = lo + 1;  // behind it the order of the beginning ends
+        const bool descending = order(lo, first) > 0;
         if (descending)
-            for (auto [lo, hi] = range; lo < hi; ++lo, --hi) elements_.exchange(lo, hi);
-        return true;
+            while (first < hi && order(first, first + 1) > 0) ++first;
+        else
+            while (first < hi && order(first, first + 1) <= 0) ++first;
+        if (first == hi) {
+            for (SortIndex a = lo, b = hi; descending && a < b; ++a, --b) elements_.exchange(a, b);
+            return true;
+        }
+        SortIndex last = hi;  // before it the ascent of the end begins
+        while (last > lo && order(last - 1, last) <= 0) --last;
+        range.run = {last, hi};
+        if (!descending && first - lo > hi - last) range.run = {lo, first};
+        spare_ -= (first - lo) + (hi - last) + 2;
+        return false;
     }
 
     // Sorts up to 16 elements if no two of them are equal; otherwise changes nothing and
     // returns false.
-    bool sort_distinct(Range range) {
+    bool sort_distinct(const Range& range) {
         if (spare_ < 0) return false;
         const SortOrder by = order_;
         const auto count = static_cast<int>(size(range));
@@ -318,7 +461,7 @@ class Quicksort {
         return true;
     }
 
-    void heapsort(Range range) const {
+    void heapsort(const Range& range) const {
         const auto compare = [&](SortIndex a, SortIndex b) {
             return order(range.lo + a, range.lo + b);
         };
