@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <exception>
+#include <functional>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -378,6 +381,109 @@ TEST_F(ErrorTest, ErrorOfAnotherContextPassesFrames) {
     EXPECT_EQ(errors_->cleanup, reinterpret_cast<ut_cleanup_link>(&outside.item));
     EXPECT_EQ(errors_->frame, nullptr);
     ut_unlink_cleanup(errors_, 0);
+}
+
+// --- generated nesting ---------------------------------------------------------------------------
+
+// Opens frames, registers items and raises at random, from bodies, handlers and items. Whatever
+// happens, an item is run exactly once when an error leaves its scope and never otherwise, and a
+// frame leaves its context as it found it.
+class Nesting {
+  public:
+    Nesting(Contexts& contexts, unsigned seed) : errors_(contexts.errors), random_(seed) {}
+
+    void run() {
+        ut_message_code code = 0;
+        frame(0, /*accepts_all=*/true, code);
+    }
+    int raised = 0;
+    int run_items = 0;
+
+  private:
+    class CountedItem {
+      public:
+        explicit CountedItem(Nesting& nesting) : nesting_(nesting) {
+            ut_link_cleanup_2(&nesting.errors_, &item_, &self_, &nesting, [](void* n, void* item) {
+                ++static_cast<CountedItem*>(item)->runs_;
+                ++static_cast<Nesting*>(n)->run_items;
+                static_cast<Nesting*>(n)->maybe_raise_again();
+            });
+        }
+        CountedItem(const CountedItem&) = delete;
+        CountedItem& operator=(const CountedItem&) = delete;
+        ~CountedItem() {
+            const bool by_error = std::uncaught_exceptions() > exceptions_;
+            EXPECT_EQ(runs_, by_error ? 1 : 0);
+            if (!by_error) ut_unlink_cleanup(&nesting_.errors_, item_.next);
+        }
+
+      private:
+        Nesting& nesting_;
+        CountedItem* self_ = this;
+        ut_cleanup_item_2 item_{};
+        int runs_ = 0;
+        int exceptions_ = std::uncaught_exceptions();
+    };
+
+    bool one_in(unsigned n) { return random_() % n == 0; }
+
+    void maybe_raise(unsigned n) {
+        if (!one_in(n) || raised > 40) return;
+        ++raised;
+        ut_error(&errors_, UT_ERR_FATAL);
+    }
+
+    // From an item: only if a frame is left to accept.
+    void maybe_raise_again() {
+        if (errors_.unwind_target->outer != nullptr) maybe_raise(6);
+    }
+
+    void body(int depth) {
+        for (int step = 0; step < 3; ++step) {
+            if (depth < 6 && one_in(2)) {
+                const CountedItem item(*this);
+                ut_message_code code = 0;
+                if (one_in(3)) {
+                    body(depth + 1);
+                } else {
+                    frame(depth + 1, one_in(3), code);
+                }
+            }
+            maybe_raise(4);
+        }
+    }
+
+    void frame(int depth, bool accepts_all, ut_message_code& code) {
+        const ut_cleanup_link cleanup = errors_.cleanup;
+        const ut_try_frame* const outer = errors_.frame;
+        const ut_try_frame* const target = errors_.unwind_target;
+        code = try_catch(&errors_, {[&] { body(depth); },
+                                    [&](ut_message_code, const char*, va_list) {
+                                        if (!accepts_all) maybe_raise(8);
+                                        return accepts_all || one_in(3) ? 1 : 0;
+                                    }});
+        EXPECT_EQ(errors_.cleanup, cleanup);
+        EXPECT_EQ(errors_.frame, outer);
+        EXPECT_EQ(errors_.unwind_target, target);
+    }
+
+    _error_context& errors_;
+    std::minstd_rand random_;
+};
+
+TEST(Error, GeneratedNestingRunsEveryItemOnce) {
+    int raised = 0;
+    int run_items = 0;
+    for (unsigned seed = 1; seed <= 3000 && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Contexts contexts;
+        Nesting nesting(contexts, seed);
+        nesting.run();
+        raised += nesting.raised;
+        run_items += nesting.run_items;
+    }
+    EXPECT_GT(raised, 3000);
+    EXPECT_GT(run_items, 3000);
 }
 
 // --- nobody accepts ------------------------------------------------------------------------------
