@@ -234,6 +234,14 @@ TEST(Console, RunsTextsThenFilesAndTellsByItsStatusWhetherAllWentWell) {
          "[VELUMA:unknown_language]\n1.0\n",
          1},
         {{"--warnings", "off", "-e", "1/0"}, "Inf\n", 0},
+        {{"-e", "try 1/"},
+         "-e:1: Error: The statement ends at column 7, but something is missing there. "
+         "[VELUMA:unfinished]\n",
+         0},
+        {{"-e", "try nothing\nnothing"},
+         "-e:1: Error: The name \"nothing\" is not defined. [VELUMA:unknown_name]\n"
+         "-e:2: Error: The name \"nothing\" is not defined. [VELUMA:unknown_name]\n",
+         1},
         {{"--echo", "-e", "1"}, ">> 1\n1.0\n", 0},
     };
     for (const Row& row : rows) {
