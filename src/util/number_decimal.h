@@ -36,6 +36,10 @@ inline constexpr int kMaxRoundedDigits = 17;
 // answer when the value is too close to the middle of two multiples to tell.
 std::optional<Decimal> rounded_decimal(Binary value, int exponent);
 
+// The value rounded to so many decimal places, as a multiple of 10^-places, where one word suffices
+// for it: for up to three places and a value below 2^52 that is not tiny.
+std::optional<uint64_t> rounded_to_few_places(Binary value, int places);
+
 }  // namespace qxut::number
 
 #endif

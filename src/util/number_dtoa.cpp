@@ -1,8 +1,9 @@
 // number_dtoa.cpp - ut_dtoa: chooses the digits that a mode asks for and hands them out.
 //
 //   modes 0, 1   shortest_decimal
-//   modes 2, 3   the value rounded to the last wanted place: by rounded_decimal when at most 17
-//                digits are wanted and it can tell, by exact_digits otherwise
+//   modes 2, 3   the value rounded to the last wanted place: by rounded_to_few_places where a word
+//                holds it, by rounded_decimal when at most 17 digits are wanted and it can tell, by
+//                exact_digits otherwise
 //   modes 4, 5   the shortest digits where they are not more than wanted, else as 2, 3
 //
 // Digits are complete before the caller's buffer is touched, so a buffer that is too small stays as
@@ -15,31 +16,30 @@
 namespace qxut::number {
 namespace {
 
-enum class Rule { shortest, shortest_open, significant, places };
+enum class Rule { none, significant, places };
 
+// What a mode asks for: the shortest digits, digits by a rule, or whichever is shorter.
 struct Request {
+    bool shortest;
     Rule rule;
-    bool shorter;  // when the shortest digits fit, they are the answer
 };
 
 constexpr Request request_of(int mode) {
     switch (mode) {
-        case 1:
-            return {Rule::shortest_open, false};
         case 2:
         case 6:
-            return {Rule::significant, false};
+            return {false, Rule::significant};
         case 3:
         case 7:
-            return {Rule::places, false};
+            return {false, Rule::places};
         case 4:
         case 8:
-            return {Rule::significant, true};
+            return {true, Rule::significant};
         case 5:
         case 9:
-            return {Rule::places, true};
+            return {true, Rule::places};
         default:
-            return {Rule::shortest, false};
+            return {true, Rule::none};
     }
 }
 
@@ -127,17 +127,21 @@ char* ut_dtoa(ut_fpc_context* context, char* buffer, size_t size, double value, 
     if (magnitude == 0) return output.put("0", 1, 1);
 
     const Request request = request_of(mode);
-    if (request.rule == Rule::shortest)
-        return output.put(shortest_text(magnitude, Boundaries::round_half_even));
-    if (request.rule == Rule::shortest_open)
-        return output.put(shortest_text(magnitude, Boundaries::excluded));
-
     const Binary binary = decompose(magnitude);
-    const int integral_digits = floor_log10(binary) + 1;  // negative for 0.00...
-    const int64_t wanted = request.rule == Rule::significant ? std::max(1, ndigits)
-                                                             : int64_t{ndigits} + integral_digits;
-    if (request.shorter && wanted > 0) {
-        const DecimalText text = shortest_text(magnitude, Boundaries::round_half_even);
+    if (request.rule == Rule::places && !request.shortest) {
+        const auto units = rounded_to_few_places(binary, ndigits);
+        if (units && *units != 0) return output.put(make_text({*units, -ndigits}));
+    }
+    int64_t wanted = kTextDigits;
+    int integral_digits = 0;  // negative for 0.00...
+    if (request.rule != Rule::none) {
+        integral_digits = floor_log10(binary) + 1;
+        wanted = request.rule == Rule::significant ? std::max(1, ndigits)
+                                                   : int64_t{ndigits} + integral_digits;
+    }
+    if (request.shortest) {
+        const auto boundaries = mode == 1 ? Boundaries::excluded : Boundaries::round_half_even;
+        const DecimalText text = shortest_text(magnitude, boundaries);
         if (text.count <= wanted) return output.put(text);
     }
     return put_rounded(*context, output, binary, wanted, integral_digits - wanted);

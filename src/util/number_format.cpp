@@ -17,18 +17,23 @@ namespace {
 // ends eight characters behind digit 17, or eight behind an inserted point.
 constexpr size_t kWorkSize = 40;
 
-// "e+20", "e-07", "e+100".
+// Copies a literal without its NUL.
+template <size_t Size>
+char* write_literal(char* out, const char (&text)[Size]) {
+    return std::copy_n(text, Size - 1, out);
+}
+
+// "e+20", "e-07", "e+100". Whether there are two or three digits is as good as random, so all three
+// are made and a leading zero is shifted out.
 char* write_exponent(char* out, int exponent) {
-    *out++ = 'e';
-    *out++ = exponent < 0 ? '-' : '+';
-    auto magnitude = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
-    if (magnitude >= 100) {
-        *out++ = static_cast<char>('0' + magnitude / 100);
-        magnitude %= 100;
-    }
-    *out++ = static_cast<char>('0' + magnitude / 10);
-    *out++ = static_cast<char>('0' + magnitude % 10);
-    return out;
+    const auto magnitude = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    const unsigned digits = magnitude / 100 | magnitude / 10 % 10 << 8 | magnitude % 10 << 16;
+    const unsigned skipped = magnitude < 100 ? 1 : 0;
+    const uint64_t sign = exponent < 0 ? '-' : '+';
+    const uint64_t text =
+        uint64_t{'e'} | sign << 8 | uint64_t{digits | 0x303030} >> 8 * skipped << 16;
+    store_characters(out, text);
+    return out + 5 - skipped;
 }
 
 // "1e+20", "1.5e-07".
@@ -43,7 +48,7 @@ char* write_exponential(char* out, const DecimalText& text) {
 // ".001": nothing in front of the point, at most three zeros behind it.
 char* write_fraction(char* out, const DecimalText& text) {
     *out++ = '.';
-    std::memcpy(out, "000", 3);
+    write_literal(out, "000");
     out -= text.point;
     text.store(out);
     return out + text.count;
@@ -78,12 +83,12 @@ char* write_mixed(char* out, const DecimalText& text) {
 }
 
 char* write_finite(char* out, uint64_t magnitude) {
-    if (magnitude == 0) {
-        std::memcpy(out, "0.0", 3);
-        return out + 3;
-    }
+    if (magnitude == 0) return write_literal(out, "0.0");
     const DecimalText text = shortest_text(magnitude, Boundaries::round_half_even);
-    if (text.point <= -4 || text.point > text.count + 5) return write_exponential(out, text);
+    // A point at most at -4 or behind count + 5, asked as one question: the two answers apart are
+    // as good as random, and a wrong guess waits for all of the above.
+    if (static_cast<unsigned>(text.point + 3) > static_cast<unsigned>(text.count + 8))
+        return write_exponential(out, text);
     if (text.point <= 0) return write_fraction(out, text);
     if (text.point >= text.count) return write_whole(out, text);
     return write_mixed(out, text);
@@ -94,8 +99,7 @@ char* write_text(char* out, double value) {
     *out = '-';
     out += has_sign(value) ? 1 : 0;
     if (magnitude < kInfinityBits) return write_finite(out, magnitude);
-    std::memcpy(out, magnitude == kInfinityBits ? "Inf" : "NaN", 3);
-    return out + 3;
+    return write_literal(out, magnitude == kInfinityBits ? "Inf" : "NaN");
 }
 
 }  // namespace

@@ -15,9 +15,16 @@ namespace qxut::number {
 inline uint64_t magnitude_bits(double value) { return std::bit_cast<uint64_t>(value) & ~kSignBit; }
 inline bool has_sign(double value) { return (std::bit_cast<uint64_t>(value) & kSignBit) != 0; }
 
-// The shortest digits of a finite value that is not zero.
-inline DecimalText shortest_text(uint64_t magnitude, Boundaries boundaries) {
-    return make_text(shortest_decimal(decompose(magnitude), boundaries));
+// The shortest digits of a finite value that is not zero. An integer below 2^53 is its own shortest
+// decimal: the interval around it is not longer than 1.
+[[gnu::always_inline]] inline DecimalText shortest_text(uint64_t magnitude, Boundaries boundaries) {
+    const Binary value = decompose(magnitude);
+    const auto fraction_bits = static_cast<unsigned>(-value.exponent);
+    if (fraction_bits <= kFractionBits) {
+        const uint64_t integer = value.significand >> fraction_bits;
+        if (integer << fraction_bits == value.significand) return make_text({integer, 0});
+    }
+    return make_text(shortest_decimal(value, boundaries));
 }
 
 }  // namespace qxut::number

@@ -23,7 +23,7 @@ inline constexpr int kLastExactPower = 55;
 struct PowerTable {
     PowerOfTen entries[kMaxPower - kMinPower + 1];
 };
-extern const PowerTable power_table;
+[[gnu::visibility("hidden")]] extern const PowerTable power_table;
 
 inline const PowerOfTen& power_of_ten(int k) { return power_table.entries[k - kMinPower]; }
 constexpr bool is_exact_power(int k) { return k >= 0 && k <= kLastExactPower; }

@@ -19,15 +19,6 @@ struct DecimalDigits {
     int64_t exponent;  // the one written after the digits
 };
 
-// A bound on a decimal's double from 64 bits of its digits.
-struct Nearest {
-    uint64_t magnitude;  // bits of a double without its sign
-    bool is_known;       // else the nearest is `magnitude` or the next larger double
-};
-
-// The double nearest to significand * 10^exponent (significand not zero), ties to even.
-Nearest nearest_double(uint64_t significand, int64_t exponent);
-
 // Decides by exact arithmetic between `lower` and the next larger double, one of which is nearest
 // to the number; its first non-zero digit is in front of 10^310 and not behind 10^-330.
 uint64_t nearest_double_exact(ut_fpc_context& context, const DecimalDigits& number, uint64_t lower);

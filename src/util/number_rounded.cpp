@@ -59,4 +59,17 @@ std::optional<Decimal> rounded_decimal(Binary value, int exponent) {
     return Decimal{quotient + (up ? 1 : 0), exponent};
 }
 
+std::optional<uint64_t> rounded_to_few_places(Binary value, int places) {
+    // The significand is below 2^53 and 10^3 below 2^10, so the product is exact.
+    if (places < 0 || places > 3 || value.exponent > -1 || value.exponent < -63)
+        return std::nullopt;
+    const int bits = -value.exponent;
+    const uint64_t product = value.significand * kSmallPowers[places];
+    const uint64_t quotient = product >> bits;
+    const uint64_t fraction = product & ((uint64_t{1} << bits) - 1);
+    const uint64_t half = uint64_t{1} << (bits - 1);
+    const bool up = fraction > half || (fraction == half && (quotient & 1) != 0);
+    return quotient + (up ? 1 : 0);
+}
+
 }  // namespace qxut::number

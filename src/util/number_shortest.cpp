@@ -58,25 +58,27 @@ Decimal shortest_decimal(Binary value, Boundaries boundaries) {
     const PowerOfTen power = {floor_power.high + (floor_power.low == UINT64_MAX ? 1 : 0),
                               floor_power.low + 1};
     const uint64_t quarters = 4 * c;
-    const uint64_t left = scale_to_odd(power, (quarters - (dense_below ? 1 : 2)) << h);
     const uint64_t middle = scale_to_odd(power, quarters << h);
-    const uint64_t right = scale_to_odd(power, (quarters + 2) << h);
-    const bool open = boundaries == Boundaries::excluded || (c & 1) != 0;
-    const auto is_inside = [&](uint64_t n) {
-        return open ? left < 4 * n && 4 * n < right : left <= 4 * n && 4 * n <= right;
-    };
+    // The interval's first and last integers: an open end that is one itself is left out, and one
+    // that was rounded to odd is no candidate.
+    const uint64_t open = boundaries == Boundaries::excluded ? 1 : c & 1;
+    const uint64_t left = scale_to_odd(power, (quarters - (dense_below ? 1 : 2)) << h) + open;
+    const uint64_t right = scale_to_odd(power, (quarters + 2) << h) - open;
 
+    // Candidates below v are not above the right end, and those above it not below the left. All of
+    // them are looked at and the answer is put together from masks, without branches: which one it
+    // is, is no better predictable than a coin. A `tens` of 0 is outside, for the left end is not 0.
     const uint64_t below = middle / 4;
-    const uint64_t tens = below / 10;
-    if (tens != 0 && is_inside(10 * tens)) return {tens, k + 1};
-    if (is_inside(10 * tens + 10)) return {tens + 1, k + 1};
-
-    const bool below_inside = is_inside(below);
-    const bool above_inside = is_inside(below + 1);
-    if (below_inside != above_inside) return {below + (above_inside ? 1 : 0), k};
-    const uint64_t half = 4 * below + 2;
-    const bool up = middle > half || (middle == half && (below & 1) != 0);
-    return {below + (up ? 1 : 0), k};
+    const uint64_t tens = below / 10 * 10;
+    const uint64_t tens_below_inside = left <= 4 * tens ? 1 : 0;
+    const uint64_t tens_above_inside = 4 * tens + 40 <= right ? 1 : 0;
+    const uint64_t below_outside = left <= 4 * below ? 0 : 1;
+    const uint64_t above_inside = 4 * below + 4 <= right ? 1 : 0;
+    const uint64_t nearer_above = middle + (below & 1) > 4 * below + 2 ? 1 : 0;
+    const uint64_t by_ones = below + (above_inside & (nearer_above | below_outside));
+    const uint64_t by_tens = tens + 10 * tens_above_inside;
+    const uint64_t mask = 0 - (tens_below_inside | tens_above_inside);
+    return {by_ones ^ ((by_ones ^ by_tens) & mask), k};
 }
 
 }  // namespace qxut::number

@@ -26,6 +26,16 @@ inline void store_characters(char* out, uint64_t word) {
     }
 }
 
+inline uint64_t load_characters(const char* in) {
+    uint64_t word = 0;
+    if constexpr (std::endian::native == std::endian::big) {
+        for (int i = 0; i < 8; ++i) word |= uint64_t{static_cast<unsigned char>(in[i])} << (8 * i);
+    } else {
+        std::memcpy(&word, in, sizeof word);
+    }
+    return word;
+}
+
 // The eight digits of n < 10^8, one a byte: halves, then quarters, then digits are split in all
 // lanes at once. The products with 10486 / 2^20 and 103 / 2^10 are exact quotients by 100 and by 10
 // for all lane values that occur, below 10^4 and 10^2.
@@ -53,22 +63,16 @@ struct DecimalText {
     }
 };
 
-// Number of decimal digits of n > 0: from the number of bits, corrected by one comparison.
+// Number of decimal digits of n > 0: those of the power of two below it, or one more.
 constexpr int count_digits(uint64_t n) {
-    const int estimate = floor_log10_power_of_two(static_cast<int>(std::bit_width(n)) - 1) + 1;
-    return estimate < 20 && n >= kSmallPowers[estimate] ? estimate + 1 : estimate;
+    const int least = floor_log10_power_of_two(static_cast<int>(std::bit_width(n)) - 1) + 1;
+    return least + static_cast<int>(n >= kSmallPowers[least]);
 }
 
-// The significand must be in [1, 10^17]; of the largest the trailing zero is dropped.
-constexpr DecimalText make_text(Decimal decimal) {
-    const int digits = count_digits(decimal.significand);
-    const int point = decimal.exponent + digits;
-    const uint64_t scaled = digits <= kTextDigits
-                                ? decimal.significand * kSmallPowers[kTextDigits - digits]
-                                : decimal.significand / 10;
-    const auto leading = static_cast<uint32_t>(scaled / kSmallPowers[8]);
-    const auto trailing = static_cast<uint32_t>(scaled % kSmallPowers[8]);
-    const uint32_t first = leading / 100000000;
+// The text of a number of exactly 17 digits, the first not zero.
+constexpr DecimalText split_text(uint64_t significand, int point) {
+    const auto leading = static_cast<uint32_t>(significand / kSmallPowers[8]);
+    const auto trailing = static_cast<uint32_t>(significand % kSmallPowers[8]);
     const uint64_t middle = spread_eight_digits(leading % 100000000);
     const uint64_t last = spread_eight_digits(trailing);
     int count = 1;
@@ -76,7 +80,27 @@ constexpr DecimalText make_text(Decimal decimal) {
         count = 17 - std::countl_zero(last) / 8;
     else if (middle != 0)
         count = 9 - std::countl_zero(middle) / 8;
-    return {first, middle, last, count, point};
+    return {leading / 100000000, middle, last, count, point};
+}
+
+// The significand must be in [1, 10^17]; of the largest the trailing zero is dropped. The usual
+// numbers of digits are asked for first: a guessed branch is faster than a computed scale.
+[[gnu::always_inline]] constexpr DecimalText make_text(Decimal decimal) {
+    const uint64_t significand = decimal.significand;
+    if (significand >= kSmallPowers[16]) {
+        if (significand < kSmallPowers[17]) return split_text(significand, decimal.exponent + 17);
+        return split_text(significand / 10, decimal.exponent + 18);
+    }
+    if (significand >= kSmallPowers[15]) return split_text(significand * 10, decimal.exponent + 16);
+    if (significand < kSmallPowers[8]) {
+        const uint64_t all = spread_eight_digits(static_cast<uint32_t>(significand));
+        const int leading_zeros = std::countr_zero(all) / 8;
+        const uint64_t digits = all >> (8 * leading_zeros);
+        return {digits & 0xF, digits >> 8, 0, 8 - std::countl_zero(digits) / 8,
+                decimal.exponent + 8 - leading_zeros};
+    }
+    const int digits = count_digits(significand);
+    return split_text(significand * kSmallPowers[kTextDigits - digits], decimal.exponent + digits);
 }
 
 }  // namespace qxut::number
