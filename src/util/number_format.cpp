@@ -29,7 +29,7 @@ char* write_exponent(char* out, int exponent) {
     const auto magnitude = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
     const unsigned digits = magnitude / 100 | magnitude / 10 % 10 << 8 | magnitude % 10 << 16;
     const unsigned skipped = magnitude < 100 ? 1 : 0;
-    const uint64_t sign = exponent < 0 ? '-' : '+';
+    const uint64_t sign = exponent < 0 ? uint64_t{'-'} : uint64_t{'+'};
     const uint64_t text =
         uint64_t{'e'} | sign << 8 | uint64_t{digits | 0x303030} >> 8 * skipped << 16;
     store_characters(out, text);

@@ -67,7 +67,8 @@ Decimal shortest_decimal(Binary value, Boundaries boundaries) {
 
     // Candidates below v are not above the right end, and those above it not below the left. All of
     // them are looked at and the answer is put together from masks, without branches: which one it
-    // is, is no better predictable than a coin. A `tens` of 0 is outside, for the left end is not 0.
+    // is, is no better predictable than a coin. A `tens` of 0 is outside, for the left end is not
+    // 0.
     const uint64_t below = middle / 4;
     const uint64_t tens = below / 10 * 10;
     const uint64_t tens_below_inside = left <= 4 * tens ? 1 : 0;

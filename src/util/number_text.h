@@ -7,6 +7,7 @@
 #define QXUT_SRC_UTIL_NUMBER_TEXT_H
 
 #include <bit>
+#include <cassert>
 #include <cstring>
 
 #include "util/number_decimal.h"
@@ -87,6 +88,7 @@ constexpr DecimalText split_text(uint64_t significand, int point) {
 // numbers of digits are asked for first: a guessed branch is faster than a computed scale.
 [[gnu::always_inline]] constexpr DecimalText make_text(Decimal decimal) {
     const uint64_t significand = decimal.significand;
+    assert(significand != 0);
     if (significand >= kSmallPowers[16]) {
         if (significand < kSmallPowers[17]) return split_text(significand, decimal.exponent + 17);
         return split_text(significand / 10, decimal.exponent + 18);
