@@ -37,7 +37,8 @@ inline constexpr int kMaxRoundedDigits = 17;
 std::optional<Decimal> rounded_decimal(Binary value, int exponent);
 
 // The value rounded to so many decimal places, as a multiple of 10^-places, where one word suffices
-// for it: for up to three places and a value below 2^52 that is not tiny.
+// for it: for up to three places, a value that is not tiny, and a result of at most
+// kMaxRoundedDigits digits (or one more for a carry).
 std::optional<uint64_t> rounded_to_few_places(Binary value, int places);
 
 }  // namespace qxut::number

@@ -68,6 +68,7 @@ std::optional<uint64_t> rounded_to_few_places(Binary value, int places) {
     const uint64_t quotient = product >> bits;
     const uint64_t fraction = product & ((uint64_t{1} << bits) - 1);
     const uint64_t half = uint64_t{1} << (bits - 1);
+    if (quotient >= kSmallPowers[kMaxRoundedDigits]) return std::nullopt;
     const bool up = fraction > half || (fraction == half && (quotient & 1) != 0);
     return quotient + (up ? 1 : 0);
 }

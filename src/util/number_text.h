@@ -88,7 +88,6 @@ constexpr DecimalText split_text(uint64_t significand, int point) {
 // numbers of digits are asked for first: a guessed branch is faster than a computed scale.
 [[gnu::always_inline]] constexpr DecimalText make_text(Decimal decimal) {
     const uint64_t significand = decimal.significand;
-    assert(significand != 0);
     if (significand >= kSmallPowers[16]) {
         if (significand < kSmallPowers[17]) return split_text(significand, decimal.exponent + 17);
         return split_text(significand / 10, decimal.exponent + 18);
@@ -96,6 +95,7 @@ constexpr DecimalText split_text(uint64_t significand, int point) {
     if (significand >= kSmallPowers[15]) return split_text(significand * 10, decimal.exponent + 16);
     if (significand < kSmallPowers[8]) {
         const uint64_t all = spread_eight_digits(static_cast<uint32_t>(significand));
+        assert(all != 0);
         const int leading_zeros = std::countr_zero(all) / 8;
         const uint64_t digits = all >> (8 * leading_zeros);
         return {digits & 0xF, digits >> 8, 0, 8 - std::countl_zero(digits) / 8,
