@@ -115,9 +115,21 @@ constexpr auto kWarningMessages = make_messages<4>({
     {"WARNING_TEXT", "Warning: %s", "警告: %1"},
 });
 
+constexpr auto kGtableMessages = make_messages<34>({
+    {"GTABLE_DELETE_GTABLE",
+     "Internal Error: The second argument to delete_gtable is not a generic table.",
+     "内部エラー: delete_gtable の第 2 引数が汎用テーブルではありません。"},
+});
+
+constexpr auto kArrayMessages = make_messages<40>({
+    {"ARRAY_INVALID_DATASIZE", "Internal Error: Size of array data elements must be non-zero.",
+     "内部エラー: 配列のデータ要素のサイズは 0 以外でなければなりません。"},
+});
+
 constexpr ut_translated_table kJapaneseTables[] = {
     kErrorMessages.translated(),   kMemoryMessages.translated(), kHashMessages.translated(),
-    kWarningMessages.translated(), kFpcMessages.translated(),
+    kWarningMessages.translated(), kFpcMessages.translated(),    kGtableMessages.translated(),
+    kArrayMessages.translated(),
 };
 
 }  // namespace
@@ -128,6 +140,8 @@ constexpr ut_message_table memory_message_table = kMemoryMessages.primary("memor
 constexpr ut_message_table hash_message_table = kHashMessages.primary("hash");
 constexpr ut_message_table warning_message_table = kWarningMessages.primary("warning");
 constexpr ut_message_table fpc_message_table = kFpcMessages.primary("fpc");
+constexpr ut_message_table gtable_message_table = kGtableMessages.primary("gtable");
+constexpr ut_message_table array_message_table = kArrayMessages.primary("array");
 
 constexpr ut_language_tables builtin_japanese = {sizeof kJapaneseTables / sizeof kJapaneseTables[0],
                                                  kJapaneseTables};

@@ -35,8 +35,8 @@ alignas(BasicContextsHolder) std::byte default_storage[sizeof(BasicContextsHolde
 BasicContextsHolder* default_holder = nullptr;
 
 constexpr const ut_message_table* kBuiltinTables[] = {
-    &error_message_table,   &memory_message_table, &hash_message_table,
-    &warning_message_table, &fpc_message_table,
+    &error_message_table, &memory_message_table, &hash_message_table,  &warning_message_table,
+    &fpc_message_table,   &gtable_message_table, &array_message_table,
 };
 
 void require(utBasicContexts& record, int32_t status, ut_message_code position) {

@@ -51,6 +51,8 @@ TEST(Startup, BuiltinMessagesSpeakTwoLanguages) {
         {"HASH_INVALID_LOWER_LOAD_BOUND", 3u << 16 | 1, 3},
         {"WARN_ALL", 4u << 16 | 1, 3},
         {"FPC_BUFFER_TOO_SMALL", 25u << 16 | 1, 1},
+        {"GTABLE_DELETE_GTABLE", 34u << 16 | 1, 1},
+        {"ARRAY_INVALID_DATASIZE", 40u << 16 | 1, 1},
     };
     int32_t status = 0;
     ut_change_language(&status, utGetMessageContext(), "ja");
