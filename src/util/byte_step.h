@@ -4,10 +4,10 @@
 // what they start from and whether they invert; both run this.
 //
 // The step is linear over exclusive-or: what a run of bytes does to h is the exclusive-or of what
-// each byte does alone, and zero bytes do nothing to h = 0. The fast forms rest on that. Table k
-// of the step tables tells what a byte does that k more bytes follow, so that eight or sixteen
-// bytes take independent look-ups instead of a chain of them; long runs are folded by carry-less
-// multiplication where the processor has it.
+// each byte does alone, and zero bytes do nothing to h = 0. The fast forms rest on that: table k of
+// the step tables tells what a byte does that k more bytes follow, so that eight or sixteen bytes
+// take independent look-ups instead of a chain of them; and where the processor multiplies
+// polynomials, runs are folded (byte_step_folding.h).
 //
 // byte_steps_plain is the definition; the others give the same values. Constant data only:
 // everything works before any constructor ran. Tested by tests/util/hash_bytes_test.cpp.
@@ -20,6 +20,13 @@
 #include <cstring>
 
 namespace qxut {
+
+inline constexpr uint32_t kByteStepPolynomial = 0xEDB88320;
+
+// One of the eight bits of a byte step: multiplies by x, the high bit being the coefficient of x^0.
+constexpr uint32_t bit_step(uint32_t h) {
+    return (h >> 1) ^ ((h & 1) != 0 ? kByteStepPolynomial : 0);
+}
 
 inline constexpr int kByteStepTables = 16;
 
@@ -48,17 +55,38 @@ inline uint64_t load_little_endian_8(const void* bytes) {
     return word;
 }
 
+// Fewer than eight bytes, moved to the high end of a word; zero bytes come before them.
+inline uint64_t load_short(const unsigned char* bytes, size_t n) {
+    if (n >= 4) {
+        uint32_t first = 0;
+        uint32_t last = 0;
+        std::memcpy(&first, bytes, 4);
+        std::memcpy(&last, bytes + n - 4, 4);
+        if constexpr (std::endian::native == std::endian::big) {
+            first = __builtin_bswap32(first);
+            last = __builtin_bswap32(last);
+        }
+        return (uint64_t{last} << 32) | (uint64_t{first} << (64 - 8 * n));
+    }
+    if (n == 0) return 0;
+    // First, middle and last byte: the same one or two of them where n is 1 or 2.
+    return (uint64_t{bytes[n - 1]} << 56) | (uint64_t{bytes[n / 2]} << (64 - 8 * (n - n / 2))) |
+           (uint64_t{bytes[0]} << (64 - 8 * n));
+}
+
 // What eight bytes followed by `Behind` more make of h = 0; the first byte in the low bits.
 template <int Behind>
 inline uint32_t byte_steps_of_word(uint64_t word) {
     const auto& after = byte_step_tables.after;
     const auto byte = [word](int i) { return (word >> (8 * i)) & 0xFF; };
-    return after[Behind + 7][byte(0)] ^ after[Behind + 6][byte(1)] ^ after[Behind + 5][byte(2)] ^
-           after[Behind + 4][byte(3)] ^ after[Behind + 3][byte(4)] ^ after[Behind + 2][byte(5)] ^
-           after[Behind + 1][byte(6)] ^ after[Behind][byte(7)];
+    // As a tree: the look-ups run side by side, and so do the exclusive-ors.
+    return ((after[Behind + 7][byte(0)] ^ after[Behind + 6][byte(1)]) ^
+            (after[Behind + 5][byte(2)] ^ after[Behind + 4][byte(3)])) ^
+           ((after[Behind + 3][byte(4)] ^ after[Behind + 2][byte(5)]) ^
+            (after[Behind + 1][byte(6)] ^ after[Behind][byte(7)]));
 }
 
-// Feeds eight bytes.
+// Feeds eight bytes by table.
 inline uint32_t byte_steps_8(uint32_t h, const void* bytes) {
     return byte_steps_of_word<0>(load_little_endian_8(bytes) ^ h);
 }

@@ -11,6 +11,7 @@
 #include <qxut/util/hash_bytes.h>
 
 #include "util/builtin_tables.h"
+#include "util/byte_step.h"
 #include "util/cleanup_guard.h"
 #include "util/ghash_core.h"
 
@@ -19,14 +20,14 @@ namespace ghash_default {
 
 uint32_t hash_bytes(uintptr_t size, const void* key) { return ut_hash_n_bytes(0, size, key); }
 
-uint32_t hash_word(uintptr_t /*size*/, const void* key) { return byte_steps_8(0, key); }
+uint32_t hash_plain_word(uintptr_t /*size*/, const void* key) { return byte_steps_8(0, key); }
+
+uint32_t hash_plain_word_by_folding(uintptr_t /*size*/, const void* key) {
+    return ut_hash_n_bytes(0, sizeof(uint64_t), key);
+}
 
 int32_t compare_bytes(uintptr_t size, const void* key, const void* stored_key) {
     return size == 0 ? 0 : std::memcmp(key, stored_key, size);
-}
-
-int32_t compare_word(uintptr_t /*size*/, const void* key, const void* stored_key) {
-    return std::memcmp(key, stored_key, sizeof(uint64_t));
 }
 
 void copy_nothing(uintptr_t /*size*/, void* /*destination*/, const void* /*source*/) {}
@@ -44,6 +45,13 @@ void delete_nothing(uintptr_t /*user_data*/, void* /*stored*/) {}
 }  // namespace ghash_default
 
 namespace {
+
+ut_ghash_hash_fcn hash_of_plain_words() {
+#if defined(QXUT_CARRYLESS_MULTIPLICATION)
+    if (has_carryless_multiplication()) return ghash_default::hash_plain_word_by_folding;
+#endif
+    return ghash_default::hash_plain_word;
+}
 
 ut_ghash_copy_fcn default_copy(uint64_t size) {
     if (size == 0) return ghash_default::copy_nothing;
@@ -150,13 +158,13 @@ void ut_initialize_ghash_table(ut_ghash_table* table, _memory_context* mem_ctx,
     table->value_size = data_size != 0 ? data_size : key_size;
     table->user_data = user_data;
 
-    const bool word_keys = key_size == sizeof(uint64_t);
+    const bool plain_words =
+        key_size == sizeof(uint64_t) && hash_fn == nullptr && compare_fn == nullptr;
     install<ut_ghash_hash_fcn>(table->hash_fn, table->hash_ctx, hash_fn, table->user_data,
-                               word_keys ? ghash_default::hash_word : ghash_default::hash_bytes,
+                               plain_words ? hash_of_plain_words() : ghash_default::hash_bytes,
                                table->key_size);
-    install<ut_ghash_compare_fcn>(
-        table->compare_fn, table->compare_ctx, compare_fn, table->user_data,
-        word_keys ? ghash_default::compare_word : ghash_default::compare_bytes, table->key_size);
+    install<ut_ghash_compare_fcn>(table->compare_fn, table->compare_ctx, compare_fn,
+                                  table->user_data, ghash_default::compare_bytes, table->key_size);
     install<ut_ghash_copy_fcn>(table->copy_key_fn, table->copy_key_ctx, copy_key_fn,
                                table->user_data, default_copy(key_size), table->key_size);
     install<ut_ghash_copy_fcn>(table->copy_data_fn, table->copy_data_ctx, copy_data_fn,

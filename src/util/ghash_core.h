@@ -16,7 +16,7 @@
 
 #include <qxut/util/ghash.h>
 
-#include "util/byte_step.h"
+#include "util/byte_step_folding.h"
 
 struct ut_ghash_node {
     ut_ghash_node* next;
@@ -42,14 +42,15 @@ inline unsigned char* stored_value(const ut_ghash_table& table, ut_ghash_node* n
     return table.data_size != 0 ? stored_data(table, node) : stored_key(node);
 }
 
-// The default callbacks. Keys and data of one word have their own, so that the table can tell such
-// keys by them and do in line what they do.
+// The default callbacks. Some tell the table that it may do in line what they do: copy_word; and
+// the two hashes of plain words, which are installed only where the comparison is the default too,
+// the one by folding only where the processor can.
 namespace ghash_default {
 
 uint32_t hash_bytes(uintptr_t size, const void* key);
-uint32_t hash_word(uintptr_t size, const void* key);
+uint32_t hash_plain_word(uintptr_t size, const void* key);
+uint32_t hash_plain_word_by_folding(uintptr_t size, const void* key);
 int32_t compare_bytes(uintptr_t size, const void* key, const void* stored_key);
-int32_t compare_word(uintptr_t size, const void* key, const void* stored_key);
 void copy_nothing(uintptr_t size, void* destination, const void* source);
 void copy_word(uintptr_t size, void* destination, const void* source);
 void copy_bytes(uintptr_t size, void* destination, const void* source);
@@ -57,10 +58,11 @@ void delete_nothing(uintptr_t user_data, void* stored);
 
 }  // namespace ghash_default
 
-// A key's place: its hash, and the link that points to its node; or, where the key is absent, the
-// null link at the end of the chain, which is where a new node goes.
+// A key's place: its hash, its node, and the link that points to it; where the key is absent, null
+// and the null link at the end of the chain, which is where a new node goes.
 struct Place {
     uint32_t hash;
+    ut_ghash_node* node;
     ut_ghash_node** link;
 };
 
@@ -72,28 +74,39 @@ inline uint32_t bucket_of(uint32_t hash, int32_t num_buckets) {
 template <class IsIt>
 inline Place walk_chain(const ut_ghash_table& table, uint32_t hash, const IsIt& is_it) {
     ut_ghash_node** link = &table.buckets[bucket_of(hash, table.num_buckets)];
-    while (*link != nullptr && !is_it(*link)) link = &(*link)->next;
-    return {hash, link};
+    ut_ghash_node* node = *link;
+    while (node != nullptr && !is_it(node)) {
+        link = &node->next;
+        node = *link;
+    }
+    return {hash, node, link};
 }
 
-// Finds a key by the table's callbacks, or by the same comparisons in line.
-inline Place find_place(const ut_ghash_table& table, const void* key) {
-    if (table.hash_fn == ghash_default::hash_word &&
-        table.compare_fn == ghash_default::compare_word) {
-        // Words that are equal have equal hashes: nothing is saved by comparing these first.
-        uint64_t word = 0;
-        std::memcpy(&word, key, sizeof word);
-        return walk_chain(table, byte_steps_8(0, key), [word](ut_ghash_node* node) {
-            uint64_t stored = 0;
-            std::memcpy(&stored, stored_key(node), sizeof stored);
-            return stored == word;
-        });
-    }
-    const uint32_t hash = table.hash_fn(*table.hash_ctx, key);
-    return walk_chain(table, hash, [&table, hash, key](ut_ghash_node* node) {
-        return node->hash == hash &&
-               table.compare_fn(*table.compare_ctx, key, stored_key(node)) == 0;
+// Words that are equal have equal hashes: nothing would be saved by comparing these first.
+inline Place walk_to_word(const ut_ghash_table& table, uint32_t hash, uint64_t word) {
+    return walk_chain(table, hash, [word](ut_ghash_node* node) {
+        uint64_t stored = 0;
+        std::memcpy(&stored, stored_key(node), sizeof stored);
+        return stored == word;
     });
+}
+
+// Finds a key (ghash_find.cpp).
+Place find_place(const ut_ghash_table& table, const void* key);
+
+// Whether find_plain_word finds the table's keys.
+inline bool has_plain_words(const ut_ghash_table& table) {
+    return table.hash_fn == ghash_default::hash_plain_word_by_folding;
+}
+
+inline Place find_plain_word(const ut_ghash_table& table, const void* key) {
+    uint64_t word = 0;
+    std::memcpy(&word, key, sizeof word);
+#if defined(QXUT_CARRYLESS_MULTIPLICATION)
+    return walk_to_word(table, remainder_of_word(word), word);
+#else
+    return walk_to_word(table, byte_steps_8(0, key), word);
+#endif
 }
 
 // Calls visit(node) in traversal order until it returns false.

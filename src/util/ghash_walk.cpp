@@ -22,7 +22,7 @@ ut_ghash_node* step_sorted(const ut_ghash_table& table, ut_ghash_cursor& cursor)
     while (node == nullptr && cursor.position < table.sorted_count) {
         const auto* keys = static_cast<const unsigned char*>(table.sorted_keys);
         const auto index = static_cast<size_t>(cursor.position++);
-        node = *find_place(table, keys + index * table.key_size).link;
+        node = find_place(table, keys + index * table.key_size).node;
     }
     return node;
 }

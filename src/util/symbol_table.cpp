@@ -6,6 +6,8 @@
 
 #include <qxut/util/namehash.h>
 
+#include "util/current.h"
+
 namespace qxut {
 namespace {
 
@@ -20,6 +22,10 @@ void forget_symbol_table(const ut_namehash* namehash) {
 }  // namespace qxut
 
 using namespace qxut;
+
+const char* ut_symtab_add(const char* name) {
+    return ut_namehash_add(ut_set_symbol_table_nh(current_namehash()), name);
+}
 
 ut_namehash* ut_set_symbol_table_nh(ut_namehash* namehash) {
     if (process_symbol_table == nullptr) process_symbol_table = namehash;

@@ -1,0 +1,51 @@
+// ghash_find.cpp - the walk to a key's place in a generic hash table.
+//
+// Two kinds of keys are told by the callbacks of their table and found without a call: words under
+// the default callbacks, and texts under the ready-made ones for slots. Same hashes, same order of
+// the walk, same answers. Entry point: find_place. Tested by tests/util/ghash_test.cpp.
+#include <qxut/util/hash_keys.h>
+
+#include "util/byte_step.h"
+#include "util/ghash_core.h"
+
+namespace qxut {
+namespace {
+
+Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
+    const uint32_t hash = table.hash_fn(*table.hash_ctx, key);
+    return walk_chain(table, hash, [&table, hash, key](ut_ghash_node* node) {
+        return node->hash == hash &&
+               table.compare_fn(*table.compare_ctx, key, stored_key(node)) == 0;
+    });
+}
+
+const char* text_at(const void* slot) {
+    const char* text = nullptr;
+    std::memcpy(&text, slot, sizeof text);
+    return text;
+}
+
+Place find_text(const ut_ghash_table& table, const void* key) {
+    const char* const text = text_at(key);
+    const uint32_t hash = ut_ghash_string_key(0, key);
+    return walk_chain(table, hash, [hash, text](ut_ghash_node* node) {
+        return node->hash == hash && std::strcmp(text, text_at(stored_key(node))) == 0;
+    });
+}
+
+}  // namespace
+
+Place find_place(const ut_ghash_table& table, const void* key) {
+    if (has_plain_words(table)) return find_plain_word(table, key);
+    if (table.hash_fn == ut_ghash_string_key && table.compare_fn == ut_ghash_compare_string_keys) {
+        return find_text(table, key);
+    }
+    if (table.hash_fn == ghash_default::hash_plain_word) {
+        uint64_t word = 0;
+        std::memcpy(&word, key, sizeof word);
+        return walk_to_word(table, byte_steps_8(0, key), word);
+    }
+    return find_by_callbacks(table, key);
+}
+
+}  // namespace qxut
