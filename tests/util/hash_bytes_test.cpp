@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -39,7 +39,8 @@ TEST(HashBytes, FastFormsGiveTheValuesOfThePlainOne) {
             // A block of exactly this size, so that a read past either end is found.
             const std::vector<char> block = [&] {
                 std::vector<char> padded(start + n);
-                std::memcpy(padded.data() + start, bytes.data(), n);
+                std::copy(bytes.begin(), bytes.end(),
+                          padded.begin() + static_cast<std::ptrdiff_t>(start));
                 return padded;
             }();
             const auto* at = reinterpret_cast<const unsigned char*>(block.data()) + start;
