@@ -17,7 +17,9 @@ using namespace qxut::number;
 using Integer = boost::multiprecision::cpp_int;
 
 Integer power(int base, int exponent) {
-    return boost::multiprecision::pow(Integer(base), static_cast<unsigned>(exponent));
+    Integer result = 1;
+    for (; exponent > 0; --exponent) result *= base;
+    return result;
 }
 
 // base^exponent as a fraction.

@@ -66,6 +66,7 @@ TEST(FpcContext, BlocksComeFromListThenPoolThenMemory) {
 
     // Class 7 is 66 doubles long: four blocks fit, 24 doubles are left.
     std::vector<BigInteger*> blocks;
+    blocks.reserve(16);
     for (int i = 0; i < 4; ++i) blocks.push_back(take_block(context, 7));
     EXPECT_EQ(contexts.blocks(), 0u);
     EXPECT_EQ(pool_end - context.pool_cursor, 24);

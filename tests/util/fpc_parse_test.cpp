@@ -71,7 +71,7 @@ TEST(FpcParse, MiddlesAndTheirNeighbours) {
         EXPECT_EQ(read_text(context, above).bits, bits_of(value) + 1) << above;
         // The last non-zero digit, one less and followed by nines.
         std::string below = middle;
-        const size_t last = below.find_last_not_of("0", e - 1);
+        const size_t last = below.find_last_not_of('0', e - 1);
         --below[last];
         below.replace(last + 1, e - last - 1, std::string(1000, '9'));
         EXPECT_EQ(read_text(context, below).bits, bits_of(value)) << below;
@@ -100,7 +100,9 @@ TEST(FpcParse, AgreesWithTheLibrary) {
         if (i % 3 != 0) text.insert(text.size() - doubles.below(count), ".");
         if (i % 4 != 0) {
             const int range = i % 4 == 1 ? 700 : 60;
-            text += "e" + std::to_string(static_cast<int>(doubles.below(range)) - range / 2);
+            text +=
+                "e" + std::to_string(static_cast<int>(doubles.below(static_cast<uint64_t>(range))) -
+                                     range / 2);
         }
         ASSERT_EQ(read_text(context, text), read_by_library(text)) << text;
     }
