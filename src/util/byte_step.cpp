@@ -64,10 +64,7 @@ uint32_t byte_steps_by_table(uint32_t h, const unsigned char* bytes, size_t n) {
 
 uint32_t byte_steps(uint32_t h, const unsigned char* bytes, size_t n) {
 #if defined(QXUT_CARRYLESS_MULTIPLICATION)
-    if (has_carryless_multiplication()) {
-        if (n == 8) return remainder_of_word(load_little_endian_8(bytes) ^ h);
-        return byte_steps_by_folding(h, bytes, n);
-    }
+    if (has_carryless_multiplication()) return byte_steps_by_folding(h, bytes, n);
 #endif
     return byte_steps_by_table(h, bytes, n);
 }

@@ -94,13 +94,8 @@ void clear_half_built(void* /*argument*/, void* table) {
 
 }  // namespace
 
-void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion) {
+void dispose_by_callbacks(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion) {
     _memory_context* const memory = table.mem_ctx;
-    if (table.delete_key_fn == ghash_default::delete_nothing &&
-        table.delete_data_fn == ghash_default::delete_nothing) {
-        ut_mem_free(memory, node);
-        return;
-    }
     _error_context* const errors = memory->error_context;
     CleanupGuard node_guard(errors, &node, memory, free_through);
     if (deletion == Deletion::key_only) {

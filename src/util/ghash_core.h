@@ -91,9 +91,6 @@ inline Place walk_to_word(const ut_ghash_table& table, uint32_t hash, uint64_t w
     });
 }
 
-// Finds a key (ghash_find.cpp).
-Place find_place(const ut_ghash_table& table, const void* key);
-
 // Whether find_plain_word finds the table's keys.
 inline bool has_plain_words(const ut_ghash_table& table) {
     return table.hash_fn == ghash_default::hash_plain_word_by_folding;
@@ -107,6 +104,13 @@ inline Place find_plain_word(const ut_ghash_table& table, const void* key) {
 #else
     return walk_to_word(table, byte_steps_8(0, key), word);
 #endif
+}
+
+// Finds a key of another kind (ghash_find.cpp).
+Place find_other(const ut_ghash_table& table, const void* key);
+
+inline Place find_place(const ut_ghash_table& table, const void* key) {
+    return has_plain_words(table) ? find_plain_word(table, key) : find_other(table, key);
 }
 
 // Calls visit(node) in traversal order until it returns false.
@@ -141,7 +145,16 @@ enum class Deletion { key_then_data, data_then_key, key_only };
 
 // Deletes an entry that no link points to any more. A callback that raises does not keep the rest
 // from being deleted and the node from being freed.
-void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion);
+void dispose_by_callbacks(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion);
+
+inline void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion) {
+    if (table.delete_key_fn == ghash_default::delete_nothing &&
+        table.delete_data_fn == ghash_default::delete_nothing) {
+        table.mem_ctx->release(node);
+    } else {
+        dispose_by_callbacks(table, node, deletion);
+    }
+}
 
 }  // namespace qxut
 

@@ -35,8 +35,7 @@ Place find_text(const ut_ghash_table& table, const void* key) {
 
 }  // namespace
 
-Place find_place(const ut_ghash_table& table, const void* key) {
-    if (has_plain_words(table)) return find_plain_word(table, key);
+Place find_other(const ut_ghash_table& table, const void* key) {
     if (table.hash_fn == ut_ghash_string_key && table.compare_fn == ut_ghash_compare_string_keys) {
         return find_text(table, key);
     }

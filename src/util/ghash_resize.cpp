@@ -1,9 +1,9 @@
 // ghash_resize.cpp - load bounds, the resize of the bucket vector, statistics.
 //
 // A resize aims at a load half-way, as a geometric mean, between the bounds, so that many
-// insertions or removals come before the next one. It is planned by a pure function, then the
-// vector is allocated, then the nodes move: a failed allocation has changed nothing. Hashes are in
-// the nodes; no callback runs.
+// insertions or removals come before the next one. It is planned by a pure function, then a larger
+// vector is allocated, then the nodes move: a failed allocation has changed nothing. A smaller one
+// is made within the old. Hashes are in the nodes; no callback runs.
 //
 // Products and the square root are single precision, the division is double: the numbers at which
 // tables grow and shrink, and so the order of their entries, depend on it.
@@ -100,46 +100,100 @@ class PrefetchingWalk {
     ut_ghash_node* next_ = nullptr;
 };
 
-// Puts every node, in traversal order, in front of its chain in the new vector. Nodes wait a few
-// turns between the moment their bucket is known and the push, so that the bucket is at hand.
-void move_nodes(ut_ghash_table& table, ut_ghash_node** buckets, int32_t num_buckets) {
-    constexpr size_t kWaiting = 16;
+// Puts nodes in front of their chains in a new vector. A node waits a few turns between the moment
+// its bucket is known and the push, so that the bucket is at hand by then.
+class Placer {
+  public:
+    Placer(ut_ghash_node** buckets, int32_t num_buckets)
+        : buckets_(buckets), num_buckets_(num_buckets) {}
+
+    void place(ut_ghash_node* node) {
+        Pending& slot = waiting_[taken_ % kWaiting];
+        if (taken_ >= kWaiting) push(slot);
+        slot = {node, &buckets_[bucket_of(node->hash, num_buckets_)]};
+        __builtin_prefetch(slot.bucket, 1);
+        ++taken_;
+    }
+    void finish() {
+        for (size_t i = taken_ < kWaiting ? 0 : taken_ - kWaiting; i < taken_; ++i) {
+            push(waiting_[i % kWaiting]);
+        }
+    }
+
+  private:
+    static constexpr size_t kWaiting = 16;
     struct Pending {
         ut_ghash_node* node;
         ut_ghash_node** bucket;
     };
-    Pending waiting[kWaiting];
-    const auto push = [](const Pending& pending) {
+    static void push(const Pending& pending) {
         pending.node->next = *pending.bucket;
         *pending.bucket = pending.node;
-    };
+    }
+
+    ut_ghash_node** buckets_;
+    int32_t num_buckets_;
+    size_t taken_ = 0;
+    Pending waiting_[kWaiting];
+};
+
+// Moves the nodes of a table, in traversal order, to a larger vector, which it owns from then on.
+void grow_into(ut_ghash_table& table, ut_ghash_node** buckets, int32_t num_buckets) {
     PrefetchingWalk walk(table);
-    size_t taken = 0;
-    for (ut_ghash_node* node = walk.next(); node != nullptr; node = walk.next(), ++taken) {
-        Pending& slot = waiting[taken % kWaiting];
-        if (taken >= kWaiting) push(slot);
-        slot = {node, &buckets[bucket_of(node->hash, num_buckets)]};
-        __builtin_prefetch(slot.bucket, 1);
-    }
-    for (size_t i = taken < kWaiting ? 0 : taken - kWaiting; i < taken; ++i) {
-        push(waiting[i % kWaiting]);
-    }
+    Placer placer(buckets, num_buckets);
+    for (auto* node = walk.next(); node != nullptr; node = walk.next()) placer.place(node);
+    placer.finish();
+    ut_mem_free(table.mem_ctx, table.buckets);
+    table.buckets = buckets;
+    table.num_buckets = num_buckets;
 }
 
-// Gives the table a new vector, which it owns from then on, and its bounds.
-void take_over(ut_ghash_table& table, Bounds bounds, ut_ghash_node** buckets, int32_t num_buckets) {
-    if (buckets != nullptr) {
-        move_nodes(table, buckets, num_buckets);
-        ut_mem_free(table.mem_ctx, table.buckets);
-        table.buckets = buckets;
-        table.num_buckets = num_buckets;
-        set_counts(bounds, num_buckets);
+// The same within the vector, whose rest is given back: shrinking needs no memory. The nodes are
+// strung together first, since their new places are among the old.
+void shrink_to(ut_ghash_table& table, int32_t num_buckets) {
+    PrefetchingWalk walk(table);
+    ut_ghash_node* first = nullptr;
+    ut_ghash_node** last = &first;
+    for (auto* node = walk.next(); node != nullptr; node = walk.next()) {
+        *last = node;
+        last = &node->next;
     }
+    *last = nullptr;
+    const auto bytes = static_cast<size_t>(bytes_of_buckets(num_buckets));
+    std::memset(table.buckets, 0, bytes);
+    Placer placer(table.buckets, num_buckets);
+    for (ut_ghash_node* node = first; node != nullptr;) {
+        ut_ghash_node* const next = node->next;
+        placer.place(node);
+        node = next;
+    }
+    placer.finish();
+    table.num_buckets = num_buckets;
+    void* const rest = table.mem_ctx->reallocate(table.buckets, bytes);
+    if (rest != nullptr) table.buckets = static_cast<ut_ghash_node**>(rest);
+}
+
+void set_bounds(ut_ghash_table& table, const Bounds& bounds) {
     table.lower_load = bounds.lower_load;
     table.upper_load = bounds.upper_load;
     table.lower_count = bounds.lower_count;
     table.upper_count = bounds.upper_count;
     table.min_buckets = bounds.min_buckets;
+}
+
+// Resizes a table and sets its bounds. False where memory runs out: nothing has changed.
+bool resize(ut_ghash_table& table, Bounds bounds, int32_t num_buckets) {
+    if (num_buckets > table.num_buckets) {
+        ut_ghash_node** const buckets = try_new_buckets(*table.mem_ctx, num_buckets);
+        if (buckets == nullptr) return false;
+        grow_into(table, buckets, num_buckets);
+        set_counts(bounds, num_buckets);
+    } else if (num_buckets < table.num_buckets) {
+        shrink_to(table, num_buckets);
+        set_counts(bounds, num_buckets);
+    }
+    set_bounds(table, bounds);
+    return true;
 }
 
 struct ChainStatistics {
@@ -196,10 +250,7 @@ ut_ghash_node** new_buckets(_memory_context& memory, int32_t size) {
 
 void resize_if_possible(ut_ghash_table& table) {
     const Bounds bounds = bounds_of(table);
-    const int32_t size = planned_size(table.count, bounds);
-    if (size == table.num_buckets) return;
-    ut_ghash_node** const buckets = try_new_buckets(*table.mem_ctx, size);
-    if (buckets != nullptr) take_over(table, bounds, buckets, size);
+    resize(table, bounds, planned_size(table.count, bounds));
 }
 
 }  // namespace qxut
@@ -218,9 +269,7 @@ void ut_ghash_set_bounds(ut_ghash_table* table, int32_t min_size, float lower_lo
     if (count < bounds.lower_count || count > bounds.upper_count || count < bounds.min_buckets) {
         size = planned_size(count, bounds);
     }
-    ut_ghash_node** buckets = nullptr;
-    if (size != table->num_buckets) buckets = new_buckets(*table->mem_ctx, size);
-    take_over(*table, bounds, buckets, size);
+    if (!resize(*table, bounds, size)) ut_error(table->mem_ctx->error_context, UT_OUT_OF_MEMORY);
 }
 
 void ut_ghash_get_bounds(const ut_ghash_table* table, int32_t* out_min_size, float* out_lower,
