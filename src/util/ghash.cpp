@@ -77,15 +77,8 @@ void delete_data(void* table, void* node) {
     owner.delete_data_fn(owner.user_data, stored_data(owner, static_cast<ut_ghash_node*>(node)));
 }
 
-void delete_all(ut_ghash_table& table) {
-    for (int32_t i = 0; i < table.num_buckets; ++i) {
-        while (table.buckets[i] != nullptr) {
-            ut_ghash_node* const node = table.buckets[i];
-            table.buckets[i] = node->next;
-            --table.count;
-            dispose_of(table, node, Deletion::key_then_data);
-        }
-    }
+void dispose_of_all(void* table, ut_ghash_node* node) {
+    dispose_of(*static_cast<ut_ghash_table*>(table), node, Deletion::key_then_data);
 }
 
 void clear_half_built(void* /*argument*/, void* table) {
@@ -111,6 +104,40 @@ void dispose_by_callbacks(ut_ghash_table& table, ut_ghash_node* node, Deletion d
     }
     node_guard.release();
     ut_mem_free(memory, node);
+}
+
+void drop_all(ut_ghash_table& table, DropNode drop, void* owner) {
+    for (int32_t i = 0; i < table.num_buckets; ++i) {
+        while (table.buckets[i] != nullptr) {
+            ut_ghash_node* const node = table.buckets[i];
+            table.buckets[i] = node->next;
+            --table.count;
+            drop(owner, node);
+        }
+    }
+}
+
+void empty_table(ut_ghash_table& table, int32_t new_size, DropNode drop, void* owner) {
+    if (new_size <= 0) {
+        drop_all(table, drop, owner);
+        return;
+    }
+    _memory_context* const memory = table.mem_ctx;
+    const int32_t num_buckets = ut_hash_next_quasiprime(memory, new_size, +1);
+    // The new vector comes first: without it the entries stay.
+    ut_ghash_node** fresh = nullptr;
+    if (num_buckets != table.num_buckets) fresh = new_buckets(*memory, num_buckets);
+    CleanupGuard guard(memory->error_context, &fresh, memory, free_through);
+    drop_all(table, drop, owner);
+    guard.release();
+    if (fresh != nullptr) {
+        ut_mem_free(memory, table.buckets);
+        table.buckets = fresh;
+        table.num_buckets = num_buckets;
+    }
+    table.min_buckets = num_buckets;
+    table.lower_count = 0;
+    table.upper_count = scaled_count(num_buckets, table.upper_load);
 }
 
 }  // namespace qxut
@@ -188,7 +215,7 @@ ut_ghash_table* ut_new_ghash_table(_memory_context* mem_ctx, ut_ghash_hash_fcn h
 
 void ut_clear_ghash_table(ut_ghash_table* table) {
     if (table->mem_ctx != nullptr) {
-        delete_all(*table);
+        drop_all(*table, dispose_of_all, table);
         ut_mem_free(table->mem_ctx, table->buckets);
         if (table->sorted_keys != nullptr) ut_mem_free(table->mem_ctx, table->sorted_keys);
     }
@@ -206,24 +233,5 @@ void ut_delete_ghash_table(ut_ghash_table* table) {
 }
 
 void ut_ghash_empty(ut_ghash_table* table, int32_t new_size) {
-    _memory_context* const memory = table->mem_ctx;
-    if (new_size <= 0) {
-        delete_all(*table);
-        return;
-    }
-    const int32_t num_buckets = ut_hash_next_quasiprime(memory, new_size, +1);
-    // The new vector comes first: without it the entries stay.
-    ut_ghash_node** fresh = nullptr;
-    if (num_buckets != table->num_buckets) fresh = new_buckets(*memory, num_buckets);
-    CleanupGuard guard(memory->error_context, &fresh, memory, free_through);
-    delete_all(*table);
-    guard.release();
-    if (fresh != nullptr) {
-        ut_mem_free(memory, table->buckets);
-        table->buckets = fresh;
-        table->num_buckets = num_buckets;
-    }
-    table->min_buckets = num_buckets;
-    table->lower_count = 0;
-    table->upper_count = scaled_count(num_buckets, table->upper_load);
+    empty_table(*table, new_size, dispose_of_all, table);
 }

@@ -156,6 +156,14 @@ inline void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion dele
     }
 }
 
+// Disposes of a node that was just unlinked.
+using DropNode = void (*)(void* owner, ut_ghash_node* node);
+
+// Unlink every node, in traversal order, and hand each to drop(owner, node). The second sets the
+// number of buckets as ut_ghash_empty does, for which it gets the memory first.
+void drop_all(ut_ghash_table& table, DropNode drop, void* owner);
+void empty_table(ut_ghash_table& table, int32_t new_size, DropNode drop, void* owner);
+
 }  // namespace qxut
 
 #endif
