@@ -15,7 +15,8 @@
 
 #include "util/byte_step.h"
 
-#if defined(__x86_64__) && defined(__GNUC__)
+// QXUT_WITHOUT_CARRYLESS_MULTIPLICATION builds the library as for other processors.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(QXUT_WITHOUT_CARRYLESS_MULTIPLICATION)
 #define QXUT_CARRYLESS_MULTIPLICATION 1
 
 #include <immintrin.h>

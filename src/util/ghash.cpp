@@ -88,20 +88,25 @@ void clear_half_built(void* /*argument*/, void* table) {
 }  // namespace
 
 void dispose_by_callbacks(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion) {
+    using Step = void (*)(void* table, void* node);  // null: nothing to do
+    const bool has_keys = table.delete_key_fn != ghash_default::delete_nothing;
+    const bool has_data = table.delete_data_fn != ghash_default::delete_nothing;
+    const Step key = has_keys ? delete_key : nullptr;
+    const Step data = has_data && deletion != Deletion::key_only ? delete_data : nullptr;
+    const bool key_first = deletion == Deletion::key_then_data;
+    const Step first = key_first ? key : data;
+    const Step second = key_first ? data : key;
+
     _memory_context* const memory = table.mem_ctx;
-    _error_context* const errors = memory->error_context;
-    CleanupGuard node_guard(errors, &node, memory, free_through);
-    if (deletion == Deletion::key_only) {
-        delete_key(&table, node);
-    } else {
-        const bool key_first = deletion == Deletion::key_then_data;
-        const auto first = key_first ? delete_key : delete_data;
-        const auto second = key_first ? delete_data : delete_key;
-        CleanupGuard second_guard(errors, &node, &table, second);
+    CleanupGuard node_guard(memory->error_context, &node, memory, free_through);
+    if (first != nullptr && second != nullptr) {
+        CleanupGuard second_guard(memory->error_context, &node, &table, second);
         first(&table, node);
         second_guard.release();
-        second(&table, node);
+    } else if (first != nullptr) {
+        first(&table, node);
     }
+    if (second != nullptr) second(&table, node);
     node_guard.release();
     ut_mem_free(memory, node);
 }

@@ -223,13 +223,15 @@ void* ut_ghash_query_data(const ut_ghash_table* table, const void* key) {
 // A large table waits for memory most of the time, and the fewer instructions a look-up takes, the
 // more of them the processor has under way: the commonest look-up is all in line.
 bool ut_ghash_query(const ut_ghash_table* table, const void* key, void* out) {
-    if (!has_plain_words(*table) || table->data_size != sizeof(uint64_t) || out == nullptr) {
-        return query(*table, key, out);
+    if (has_plain_words(*table) && table->data_size == sizeof(uint64_t)) {
+        if (out != nullptr) [[likely]] {
+            ut_ghash_node* const node = find_plain_word(*table, key).node;
+            if (node == nullptr) return false;
+            copy_word(out, stored_data(*table, node));
+            return true;
+        }
     }
-    ut_ghash_node* const node = find_plain_word(*table, key).node;
-    if (node == nullptr) return false;
-    copy_word(out, stored_data(*table, node));
-    return true;
+    return query(*table, key, out);
 }
 
 bool ut_ghash_remove_element(ut_ghash_table* table, const void* key) {

@@ -7,6 +7,7 @@
 
 #include "util/byte_step.h"
 #include "util/ghash_core.h"
+#include "util/text_slot.h"
 
 namespace qxut {
 namespace {
@@ -19,17 +20,12 @@ Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
     });
 }
 
-const char* text_at(const void* slot) {
-    const char* text = nullptr;
-    std::memcpy(&text, slot, sizeof text);
-    return text;
-}
-
 Place find_text(const ut_ghash_table& table, const void* key) {
-    const char* const text = text_at(key);
-    const uint32_t hash = ut_ghash_string_key(0, key);
+    const char* const text = text_in(key);
+    const uint32_t hash = byte_steps(kSlotTextSeed, reinterpret_cast<const unsigned char*>(text),
+                                     std::strlen(text) + 1);
     return walk_chain(table, hash, [hash, text](ut_ghash_node* node) {
-        return node->hash == hash && std::strcmp(text, text_at(stored_key(node))) == 0;
+        return node->hash == hash && std::strcmp(text, text_in(stored_key(node))) == 0;
     });
 }
 

@@ -9,14 +9,11 @@
 #include <qxut/util/hash_bytes.h>
 
 #include "util/ascii_case.h"
+#include "util/text_slot.h"
+
+using qxut::text_in;
 
 namespace {
-
-const char* text_in(const void* slot) {
-    const char* text = nullptr;
-    std::memcpy(&text, slot, sizeof text);
-    return text;
-}
 
 const char* text_or_empty_in(const void* slot) {
     const char* text = text_in(slot);
@@ -71,7 +68,7 @@ void ut_delete_string_key(uintptr_t mem_ctx, char* text) {
 }
 
 uint32_t ut_ghash_string_key(uintptr_t /*context*/, const void* slot) {
-    return ut_hash_string(0xFFFFFFFF, text_in(slot));
+    return ut_hash_string(qxut::kSlotTextSeed, text_in(slot));
 }
 
 uint32_t ut_ghash_stringi_key(uintptr_t /*context*/, const void* slot) {
