@@ -72,21 +72,18 @@ void clear_half_built(void* /*argument*/, void* table) {
 void drop_entry(_ihash_table& table, ut_ghash_node* node, DataFate fate) {
     uint64_t hole = index_of(table, node);
     _ihash_table* owner = &table;
-    if (!deletes_entries(table)) {
-        ut_mem_free(table.mem_ctx, node);
+    if (fate == DataFate::kept || !deletes_data(table)) {
+        // What is left to do once the hole is closed, no later step depends on.
         close_hole(&hole, owner);
+        dispose_of(table.hash, node, Deletion::key_only);
         return;
     }
     _error_context* const errors = table.mem_ctx->error_context;
     CleanupGuard hole_guard(errors, &owner, &hole, close_hole);
-    if (fate == DataFate::deleted && deletes_data(table)) {
-        CleanupGuard data_guard(errors, &owner, &hole, delete_data_at);
-        dispose_of(table.hash, node, Deletion::key_only);
-        data_guard.release();
-        delete_data_at(&hole, owner);
-    } else {
-        dispose_of(table.hash, node, Deletion::key_only);
-    }
+    CleanupGuard data_guard(errors, &owner, &hole, delete_data_at);
+    dispose_of(table.hash, node, Deletion::key_only);
+    data_guard.release();
+    delete_data_at(&hole, owner);
     hole_guard.release();
     close_hole(&hole, owner);
 }

@@ -63,6 +63,17 @@ void withdraw(void* owner, void* node) {
     dispose_of(table.hash, entry, Deletion::key_only);
 }
 
+// The same where nothing of it may raise.
+void append_quietly(_ihash_table& table, ut_ghash_node* node, const NewData& data) {
+    static_cast<unsigned char**>(table.keys->data)[table.keys->length++] = stored_key(node);
+    if (table.data == nullptr) return;
+    void* const destination = slot(*table.data, table.data->length++);
+    if (data.given)
+        copy_element(table.data->elem_size, destination, data.address);
+    else
+        std::memset(destination, 0, table.data->elem_size);
+}
+
 Entry find_or_make(_ihash_table& table, const void* key, const NewData& data) {
     void* key_slot = nullptr;
     const bool existed = ut_ghash_insert_key(&table.hash, key, &key_slot, nullptr);
@@ -70,8 +81,8 @@ Entry find_or_make(_ihash_table& table, const void* key, const NewData& data) {
     if (existed) return {node, index_of(table, node), true};
     const uint64_t index = table.keys->length;
     set_index(table, node, index);
-    if (appends_quietly(table)) {
-        append_to_arrays(table, node, data);
+    if (appends_quietly(table)) [[likely]] {
+        append_quietly(table, node, data);
     } else {
         CleanupGuard guard(table.mem_ctx->error_context, &node, &table, withdraw);
         append_to_arrays(table, node, data);
@@ -121,6 +132,10 @@ void restore_old(void* value, void* bytes) {
 }
 
 bool remove(_ihash_table& table, const void* key, void* out) {
+    // The last entry will be told its new index; its node comes to hand while the key is sought.
+    if (table.keys->length != 0) {
+        __builtin_prefetch(node_of(key_at(table, table.keys->length - 1)), 1);
+    }
     const Place place = find_place(table.hash, key);
     ut_ghash_node* const node = place.node;
     if (node == nullptr) return false;
