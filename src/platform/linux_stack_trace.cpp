@@ -1,4 +1,5 @@
-// linux_stack_trace.cpp - the calling thread's stack as text, through libbacktrace.
+// linux_stack_trace.cpp - the calling thread's stack, now or kept for later, as text through
+// libbacktrace.
 //
 // That library reads the debug information of the program and its shared objects itself, keeps
 // what it read in memory of its own, and serves any number of threads. Its state is made at the
@@ -18,6 +19,7 @@ namespace qxut::platform {
 namespace {
 
 constexpr int kMaxFrames = 64;
+constexpr uintptr_t kEndOfStack = ~uintptr_t{0};
 
 std::atomic<backtrace_state*> shared_state{nullptr};
 
@@ -65,8 +67,20 @@ void keep_symbol(void* name, uintptr_t /*pc*/, const char* symbol, uintptr_t /*v
     *static_cast<const char**>(name) = symbol;
 }
 
+struct Addresses {
+    uintptr_t* next;
+    uintptr_t* end;
+};
+
+// Not zero once there is no room.
+int keep_address(void* data, uintptr_t pc) {
+    auto& addresses = *static_cast<Addresses*>(data);
+    if (addresses.next == addresses.end) return 1;
+    if (pc != kEndOfStack) *addresses.next++ = pc;
+    return 0;
+}
+
 int add_frame(void* data, uintptr_t pc, const char* file, int line, const char* function) {
-    constexpr uintptr_t kEndOfStack = ~uintptr_t{0};
     if (pc == kEndOfStack) return 0;
     if (function == nullptr) backtrace_syminfo(state(), pc, keep_symbol, ignore_error, &function);
     if (function == nullptr) function = "?";
@@ -87,6 +101,26 @@ void write_stack_trace(char* buffer, size_t size, int skipped) noexcept {
     if (known == nullptr) return;
     Text text{buffer, size, 0};
     backtrace_full(known, skipped + 1, add_frame, ignore_error, &text);
+}
+
+size_t capture_stack(uintptr_t* addresses, size_t capacity, int skipped) noexcept {
+    backtrace_state* const known = state();
+    if (known == nullptr) return 0;
+    Addresses stored{addresses, addresses + capacity};
+    backtrace_simple(known, skipped + 1, keep_address, ignore_error, &stored);
+    return static_cast<size_t>(stored.next - addresses);
+}
+
+void write_captured_trace(char* buffer, size_t size, const uintptr_t* addresses,
+                          size_t count) noexcept {
+    if (size == 0) return;
+    *buffer = '\0';
+    backtrace_state* const known = state();
+    if (known == nullptr) return;
+    Text text{buffer, size, 0};
+    for (size_t i = 0; i < count; ++i) {
+        if (backtrace_pcinfo(known, addresses[i], add_frame, ignore_error, &text) != 0) return;
+    }
 }
 
 }  // namespace qxut::platform

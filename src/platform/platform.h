@@ -27,6 +27,16 @@ void write_error(const char* text, size_t length) noexcept;
 // stream; memory only for demangling names, which stay mangled when there is none.
 void write_stack_trace(char* buffer, size_t size, int skipped) noexcept;
 
+// Keeps the calling thread's stack for later: stores the code addresses of its frames, innermost
+// first, and returns their number, `capacity` at most. The first `skipped` frames, the caller's
+// being number 0, are left out. Looks no name up: some microseconds, no memory.
+size_t capture_stack(uintptr_t* addresses, size_t capacity, int skipped) noexcept;
+
+// Writes a captured stack as write_stack_trace does, while the code that it leads through is still
+// loaded.
+void write_captured_trace(char* buffer, size_t size, const uintptr_t* addresses,
+                          size_t count) noexcept;
+
 // Flushes the C streams, but waits no more than two seconds for one that another thread holds (a
 // thread that reads the console holds its stream), and leaves without running exit handlers.
 [[noreturn]] void flush_and_leave(int status) noexcept;
