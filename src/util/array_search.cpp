@@ -10,27 +10,57 @@
 namespace qxut {
 namespace {
 
+// The part of a sorted list that is still searched, from `low` to `high`, and its middle.
+class Halving {
+  public:
+    // Bounds are signed: below index 0 they cross like anywhere else.
+    Halving(uint64_t length, uint64_t elem_size)
+        : high_(static_cast<int64_t>(length) - 1),
+          middle_(high_ / 2),
+          is_large_(length * elem_size > kCached) {}
+
+    bool goes_on() const { return low_ < high_; }
+    uint64_t middle() const { return static_cast<uint64_t>(middle_); }
+
+    // Which way it goes is not to be foretold. Of a small list, which is in the caches, waiting for
+    // the comparison costs less than guessing wrong half of the time; of a large one, a guess that
+    // is right half of the time has had the next element fetched meanwhile.
+    void step(int32_t order) {
+        if (is_large_) {
+            if (order > 0) [[likely]]
+                low_ = middle_ + 1;
+            else
+                high_ = middle_ - 1;
+        } else {
+            const int64_t up = -static_cast<int64_t>(order > 0);
+            low_ += (middle_ + 1 - low_) & up;
+            high_ += (middle_ - 1 - high_) & ~up;
+        }
+        middle_ = (low_ + high_) / 2;
+    }
+
+  private:
+    static constexpr uint64_t kCached = 256 * 1024;
+
+    int64_t low_ = 0;
+    int64_t high_;
+    int64_t middle_;
+    bool is_large_;
+};
+
 // The element met, or the place where the key belongs.
 Found find_sorted(ut_array& array, const void* key) {
     if (array.length == 0) return {0, false};
-    uint64_t low = 0;
-    uint64_t high = array.length - 1;
-    uint64_t middle = high / 2;
-    int32_t order = array.compare_fn(&array, key, slot(array, middle));
-    while (order != 0 && low < high) {
-        if (order > 0) {
-            low = middle + 1;
-        } else if (middle == 0) {
-            // An unsigned `high` cannot go below 0: the bounds cross the other way.
-            ++low;
-            high = 0;
-        } else {
-            high = middle - 1;
-        }
-        middle = (low + high) / 2;
-        order = array.compare_fn(&array, key, slot(array, middle));
+    const ut_array_compare_fcn compare = array.compare_fn;
+    const unsigned char* const data = slot(array, 0);
+    const uint64_t size = array.elem_size;
+    Halving halving(array.length, size);
+    int32_t order = compare(&array, key, data + halving.middle() * size);
+    while (order != 0 && halving.goes_on()) {
+        halving.step(order);
+        order = compare(&array, key, data + halving.middle() * size);
     }
-    return {order > 0 ? middle + 1 : middle, order == 0};
+    return {halving.middle() + (order > 0 ? 1 : 0), order == 0};
 }
 
 uint64_t index_or_none(const Found& place) {

@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -249,6 +251,50 @@ TEST(Array, SortedSearchMeetsTheElementItsHalvingComesTo) {
         void* const inserted = ut_array_insert_sorted(&array.record, &row.key);
         EXPECT_EQ(inserted, ut_array_get(&array.record, row.index));
         EXPECT_EQ(array.record.length, row.values.size() + 1);
+    }
+}
+
+// The halving as it is defined, one step after the other.
+uint64_t halve(const std::vector<int64_t>& values, int64_t key) {
+    uint64_t low = 0;
+    uint64_t high = values.size() - 1;
+    uint64_t middle = high / 2;
+    while (values[middle] != key && low < high) {
+        if (key > values[middle]) {
+            low = middle + 1;
+        } else if (middle == 0) {
+            low = low + 1;
+            high = 0;
+        } else {
+            high = middle - 1;
+        }
+        middle = (low + high) / 2;
+    }
+    return key > values[middle] ? middle + 1 : middle;
+}
+
+TEST(Array, SortedSearchIsThePlainHalving) {
+    std::mt19937 random(1);
+    for (size_t n = 1; n < 200; n += 1 + n / 20) {
+        std::vector<int64_t> values(n);
+        for (auto& value : values) value = 2 * static_cast<int64_t>(random() % (n / 2 + 1));
+        std::sort(values.begin(), values.end());
+        // Large elements make a list that is searched as a long one is.
+        for (const uint64_t size : {8u, 8192u}) {
+            Contexts contexts;
+            ut_array array;
+            ut_array_initialize(&array, &contexts.memory, size, nullptr, nullptr, nullptr,
+                                compare_values);
+            ut_array_expand(&array, n);
+            for (size_t i = 0; i < n; ++i) {
+                *static_cast<int64_t*>(ut_array_get(&array, i)) = values[i];
+            }
+            for (int64_t key = -1; key < static_cast<int64_t>(n) + 4; ++key) {
+                ASSERT_EQ(ut_array_find_sorted_index_of(&array, &key), halve(values, key))
+                    << key << " in " << testing::PrintToString(values);
+            }
+            ut_array_clear(&array);
+        }
     }
 }
 
