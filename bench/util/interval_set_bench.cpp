@@ -15,14 +15,15 @@
 
 namespace {
 
-constexpr int kCount = 100'000;
+constexpr size_t kCount = 100'000;
+constexpr uint64_t kRange = 8 * kCount;
 using Interval = boost::icl::closed_interval<int64_t>;
 using Peer = boost::icl::interval_set<int64_t, std::less, Interval>;
 
 std::vector<int64_t> random_values(uint32_t seed) {
     std::mt19937_64 random(seed);
     std::vector<int64_t> values(kCount);
-    for (int64_t& value : values) value = static_cast<int64_t>(random() % (8 * kCount));
+    for (int64_t& value : values) value = static_cast<int64_t>(random() % kRange);
     return values;
 }
 
@@ -111,7 +112,8 @@ void union_peer(benchmark::State& state) {
 void remove_ours(benchmark::State& state) {
     const auto values = random_values(2);
     Ours full;
-    for (int64_t i = 0; i < 8 * kCount; i += 40) ut_fsi_insert_interval(&full.set, i, i + 19);
+    for (int64_t i = 0; i < static_cast<int64_t>(kRange); i += 40)
+        ut_fsi_insert_interval(&full.set, i, i + 19);
     for (auto _ : state) {
         Ours ours;
         ut_fsi_copy(&ours.set, &full.set);
@@ -123,7 +125,7 @@ void remove_ours(benchmark::State& state) {
 void remove_peer(benchmark::State& state) {
     const auto values = random_values(2);
     Peer full;
-    for (int64_t i = 0; i < 8 * kCount; i += 40) full.insert(Interval(i, i + 19));
+    for (int64_t i = 0; i < static_cast<int64_t>(kRange); i += 40) full.insert(Interval(i, i + 19));
     for (auto _ : state) {
         Peer peer = full;
         for (const int64_t value : values) remove(peer, value);
