@@ -259,6 +259,47 @@ TEST(IntervalSet, OneIntervalSwallowsOrClearsManyLeaves) {
     }
 }
 
+// Sets that grew in ascending order have full nodes, so that it is known where the nodes' borders
+// are: 32 intervals to a leaf, 1024 to a node above.
+void grow_ascending(Set& set, int64_t count) {
+    for (int64_t i = 0; i < count; ++i) ut_fsi_insert(&set.set, 4 * i);
+}
+
+TEST(IntervalSet, WholeNodesGoAndComeBack) {
+    constexpr int64_t kCount = 3'100;
+    Contexts contexts;
+    for (const int64_t start : {0, 1, 32, 992, 1'024, 1'056, 2'048, 3'072}) {
+        for (const int64_t length : {1, 31, 32, 33, 64, 1'023, 1'024, 1'056}) {
+            SCOPED_TRACE(testing::Message() << length << " from " << start);
+            Set set(contexts);
+            grow_ascending(set, kCount);
+            EXPECT_TRUE(ut_fsi_remove_interval(&set.set, 4 * start, 4 * (start + length) - 1));
+            ASSERT_STREQ(ut_fsi_check(&set.set), nullptr);
+            const int64_t removed = std::min(length, kCount - start);
+            EXPECT_EQ(ut_fsi_count(&set.set), static_cast<uint64_t>(kCount - removed));
+            for (int64_t i = start + removed - 1; i >= start; --i) ut_fsi_insert(&set.set, 4 * i);
+            ASSERT_STREQ(ut_fsi_check(&set.set), nullptr);
+            EXPECT_EQ(ut_fsi_count(&set.set), static_cast<uint64_t>(kCount));
+        }
+    }
+}
+
+TEST(IntervalSet, TheRightEdgeMayBeThin) {
+    Contexts contexts;
+    for (const int64_t full : {32, 1'024, 2'048, 32'768}) {
+        for (const int64_t thin : {1, 2, 9, 33}) {
+            SCOPED_TRACE(testing::Message() << full << " and " << thin);
+            Set set(contexts);
+            grow_ascending(set, full + thin);
+            for (int64_t left = full + thin - 1; left >= full - 40 && left >= 0; --left) {
+                EXPECT_TRUE(ut_fsi_remove(&set.set, 4 * left));
+                ASSERT_EQ(ut_fsi_count(&set.set), static_cast<uint64_t>(left));
+                ASSERT_STREQ(ut_fsi_check(&set.set), nullptr);
+            }
+        }
+    }
+}
+
 TEST(IntervalSet, FullRange) {
     Contexts contexts;
     Set tested(contexts);
