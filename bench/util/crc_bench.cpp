@@ -8,6 +8,8 @@
 #include <isa-l/crc.h>
 #include <qxut/util/crc.h>
 
+#include "util/carryless.h"
+
 namespace {
 
 uint32_t ours(uint32_t crc, const unsigned char* bytes, size_t n) {
@@ -35,12 +37,14 @@ void update(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-constexpr int64_t kShort = 16;
-constexpr int64_t kMiddle = 1 << 10;
-constexpr int64_t kLong = 1 << 20;
+// Printed with the machine's description.
+const bool kShown = [] {
+    benchmark::AddCustomContext("crc", qxut::carryless_name(qxut::carryless_width()));
+    return true;
+}();
 
-BENCHMARK(update<ours>)->Name("crc/update/ours")->Arg(kShort)->Arg(kMiddle)->Arg(kLong);
-BENCHMARK(update<isal>)->Name("crc/update/isa-l")->Arg(kShort)->Arg(kMiddle)->Arg(kLong);
-BENCHMARK(update<deflate>)->Name("crc/update/libdeflate")->Arg(kShort)->Arg(kMiddle)->Arg(kLong);
+BENCHMARK(update<ours>)->Name("crc/update/ours")->Arg(16)->Arg(1 << 10)->Arg(1 << 20);
+BENCHMARK(update<isal>)->Name("crc/update/isa-l")->Arg(16)->Arg(1 << 10)->Arg(1 << 20);
+BENCHMARK(update<deflate>)->Name("crc/update/libdeflate")->Arg(16)->Arg(1 << 10)->Arg(1 << 20);
 
 }  // namespace

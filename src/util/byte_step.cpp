@@ -1,9 +1,9 @@
 // byte_step.cpp - the byte step by tables, and the choice between tables and folding.
 //
-// Entry point: byte_steps. Tested by tests/util/hash_bytes_test.cpp.
+// Entry point: byte_steps. Tested by tests/util/byte_step_test.cpp.
 #include "util/byte_step.h"
 
-#include "util/byte_step_folding.h"
+#include "util/byte_step_wide.h"
 
 namespace qxut {
 namespace {
@@ -64,7 +64,12 @@ uint32_t byte_steps_by_table(uint32_t h, const unsigned char* bytes, size_t n) {
 
 uint32_t byte_steps(uint32_t h, const unsigned char* bytes, size_t n) {
 #if defined(QXUT_CARRYLESS_MULTIPLICATION)
-    if (has_carryless_multiplication()) return byte_steps_by_folding(h, bytes, n);
+    const Carryless width = carryless_width();
+    if (n >= kLeastForWide) {
+        if (width == Carryless::four_blocks) return byte_steps_by_folding_4(h, bytes, n);
+        if (width == Carryless::two_blocks) return byte_steps_by_folding_2(h, bytes, n);
+    }
+    if (width >= Carryless::one_block) return byte_steps_by_folding(h, bytes, n);
 #endif
     return byte_steps_by_table(h, bytes, n);
 }

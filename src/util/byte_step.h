@@ -7,10 +7,10 @@
 // each byte does alone, and zero bytes do nothing to h = 0. The fast forms rest on that: table k of
 // the step tables tells what a byte does that k more bytes follow, so that eight or sixteen bytes
 // take independent look-ups instead of a chain of them; and where the processor multiplies
-// polynomials, runs are folded (byte_step_folding.h).
+// polynomials, runs are folded (byte_step_folding.h, byte_step_wide.h; carryless.h asks which).
 //
 // byte_steps_plain is the definition; the others give the same values. Constant data only:
-// everything works before any constructor ran. Tested by tests/util/hash_bytes_test.cpp.
+// everything works before any constructor ran. Tested by tests/util/byte_step_test.cpp.
 #ifndef QXUT_SRC_UTIL_BYTE_STEP_H
 #define QXUT_SRC_UTIL_BYTE_STEP_H
 

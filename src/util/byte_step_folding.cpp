@@ -1,30 +1,13 @@
 // byte_step_folding.cpp - folding runs of bytes; see byte_step_folding.h for the technique.
 //
-// Entry point: byte_steps_by_folding. Tested by tests/util/hash_bytes_test.cpp.
+// Entry point: byte_steps_by_folding. Tested by tests/util/byte_step_test.cpp.
 #include "util/byte_step_folding.h"
 
 #if defined(QXUT_CARRYLESS_MULTIPLICATION)
 
 namespace qxut {
 
-constinit std::atomic<Carryless> carryless{Carryless::unknown};
-
-Carryless detect_carryless_multiplication() {
-    __builtin_cpu_init();
-    const bool present = __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");
-    const Carryless known = present ? Carryless::present : Carryless::absent;
-    carryless.store(known, std::memory_order_relaxed);
-    return known;
-}
-
 namespace {
-
-// x^bits modulo P, one place short.
-constexpr int64_t fold_factor(int bits) {
-    uint32_t remainder = 0x80000000;  // x^0
-    for (int i = 0; i < bits - 1; ++i) remainder = bit_step(remainder);
-    return static_cast<int64_t>(uint64_t{remainder} << 32);
-}
 
 QXUT_TARGET_CARRYLESS inline __m128i load_block(const void* bytes) {
     return _mm_loadu_si128(static_cast<const __m128i*>(bytes));
@@ -43,14 +26,37 @@ QXUT_TARGET_CARRYLESS inline __m128i fold(__m128i block, __m128i onto) {
     return _mm_xor_si128(_mm_xor_si128(first, second), onto);
 }
 
-// What 16 bytes make of h = 0. The first 8 bytes, 64 bits ahead, become 12, of which the first 4
-// become 8 in the same way.
-QXUT_TARGET_CARRYLESS inline uint32_t remainder_of_block(__m128i block) {
+// Brings 16 bytes down to 8, the second half of the result. The first 8 bytes, 64 bits ahead,
+// become 12, of which the first 4 become 8 in the same way.
+QXUT_TARGET_CARRYLESS inline __m128i eight_of_block(__m128i block) {
     const __m128i factor = _mm_cvtsi64_si128(fold_factor(64));
     const __m128i second_half = _mm_unpackhi_epi64(_mm_setzero_si128(), block);
     const __m128i twelve = _mm_xor_si128(_mm_clmulepi64_si128(block, factor, 0x00), second_half);
-    const __m128i eight = _mm_xor_si128(_mm_clmulepi64_si128(twelve, factor, 0x00), twelve);
-    return remainder_of_word(static_cast<uint64_t>(_mm_extract_epi64(eight, 1)));
+    return _mm_xor_si128(_mm_clmulepi64_si128(twelve, factor, 0x00), twelve);
+}
+
+// What the second half of `eight` makes of h = 0: remainder_of_word within the register.
+QXUT_TARGET_CARRYLESS inline uint32_t remainder_of_eight(__m128i eight) {
+    const __m128i factors =
+        _mm_set_epi64x(static_cast<int64_t>(kDivisor), static_cast<int64_t>(kReciprocal));
+    const __m128i quotient = _mm_clmulepi64_si128(eight, factors, 0x01);
+    const __m128i product = _mm_clmulepi64_si128(quotient, factors, 0x10);
+    return static_cast<uint32_t>(_mm_extract_epi32(product, 2));
+}
+
+// What 16 bytes make of h = 0.
+QXUT_TARGET_CARRYLESS inline uint32_t remainder_of_block(__m128i block) {
+    return remainder_of_eight(eight_of_block(block));
+}
+
+// Feeds 16 bytes. Where one checksum seeds the next one, h comes last: so it does not go in with
+// the bytes it stands on but is moved onto the last 8 on its own: shifted up it stands on
+// bytes 5 to 8, and 32 bits more than the 64 from there make up for that.
+QXUT_TARGET_CARRYLESS inline uint32_t steps_16(uint32_t h, const unsigned char* bytes) {
+    const __m128i shifted = _mm_cvtsi64_si128(static_cast<int64_t>(uint64_t{h} << 32));
+    const __m128i factor = _mm_cvtsi64_si128(fold_factor(96));
+    return remainder_of_eight(_mm_xor_si128(_mm_clmulepi64_si128(shifted, factor, 0x00),
+                                            eight_of_block(load_block(bytes))));
 }
 
 // The same after r more bytes, 1 to 15, the last of the 16 that end at `end`. Together block and
@@ -91,7 +97,7 @@ QXUT_TARGET_CARRYLESS inline uint32_t steps_below_16(uint32_t h, const unsigned 
 
 uint32_t byte_steps_by_folding(uint32_t h, const unsigned char* bytes, size_t n) {
     if (n < 16) return steps_below_16(h, bytes, n);
-    const unsigned char* const end = bytes + n;
+    if (n == 16) return steps_16(h, bytes);
     __m128i block = _mm_xor_si128(load_block(bytes), widened(h));
     if (n >= 64) {
         // Four blocks side by side.
@@ -109,6 +115,11 @@ uint32_t byte_steps_by_folding(uint32_t h, const unsigned char* bytes, size_t n)
         bytes += 16;
         n -= 16;
     }
+    return byte_steps_after_block(block, bytes, n);
+}
+
+uint32_t byte_steps_after_block(__m128i block, const unsigned char* bytes, size_t n) {
+    const unsigned char* const end = bytes + n;
     for (; n >= 16; bytes += 16, n -= 16) block = fold<128>(block, load_block(bytes));
     if (n != 0) block = fold_last(block, end, n);
     return remainder_of_block(block);

@@ -14,36 +14,32 @@
 #define QXUT_SRC_UTIL_BYTE_STEP_FOLDING_H
 
 #include "util/byte_step.h"
+#include "util/carryless.h"
 
-// QXUT_WITHOUT_CARRYLESS_MULTIPLICATION builds the library as for other processors.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(QXUT_WITHOUT_CARRYLESS_MULTIPLICATION)
-#define QXUT_CARRYLESS_MULTIPLICATION 1
+#if defined(QXUT_CARRYLESS_MULTIPLICATION)
 
 #include <immintrin.h>
-
-#include <atomic>
 
 // For functions that are called only where has_carryless_multiplication() is true.
 #define QXUT_TARGET_CARRYLESS __attribute__((target("pclmul,sse4.1")))
 
 namespace qxut {
 
-enum class Carryless : int { unknown, absent, present };
-extern std::atomic<Carryless> carryless;
-
-// Asks the processor, and keeps the answer. Whichever thread comes first: all find the same.
-Carryless detect_carryless_multiplication();
-
-inline bool has_carryless_multiplication() {
-    Carryless known = carryless.load(std::memory_order_relaxed);
-    if (known == Carryless::unknown) [[unlikely]]
-        known = detect_carryless_multiplication();
-    return known == Carryless::present;
-}
-
 // Feeds n bytes.
 QXUT_TARGET_CARRYLESS uint32_t byte_steps_by_folding(uint32_t h, const unsigned char* bytes,
                                                      size_t n);
+
+// The same from h = 0 when a block is fed first, which stands for all that came before. `bytes` is
+// the end of a run of 16 or more.
+QXUT_TARGET_CARRYLESS uint32_t byte_steps_after_block(__m128i block, const unsigned char* bytes,
+                                                      size_t n);
+
+// x^bits modulo P, one place short.
+constexpr int64_t fold_factor(int bits) {
+    uint32_t remainder = 0x80000000;  // x^0
+    for (int i = 0; i < bits - 1; ++i) remainder = bit_step(remainder);
+    return static_cast<int64_t>(uint64_t{remainder} << 32);
+}
 
 // The reciprocal of P: the quotient of x^96 by P, from the coefficient of x^64 in the low bit up to
 // that of x^1. The division takes one bit of the dividend at a time, P's own top bit aside.
