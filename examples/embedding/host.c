@@ -148,7 +148,7 @@ static void set_variable(host* self, const char* name, const char* text) {
 static void show_variable(host* self, const char* name) {
     const variable* found = find_variable(self, name);
     if (found == NULL) ut_error(&self->contexts.error_context, HOST_UNKNOWN_NAME, name);
-    char text[25];
+    char text[26];
     utPrintf("%s = %s\n", name,
              ut_g_fmt(&self->contexts.fpc_context, text, sizeof text, found->value));
 }
