@@ -119,6 +119,9 @@ struct Result {
 
 constexpr Result kSuccess{UT_MESSAGE_OK, 0};
 
+// A context that was never initialised, that got no memory when it was, or that was cleared.
+bool is_empty(const ut_message_context& context) { return context.languages == nullptr; }
+
 bool is_terminator(ut_message_code code) { return static_cast<int32_t>(code) < 0; }
 
 Result check_codes(const ut_message_table& table) {
@@ -174,6 +177,7 @@ Result check_languages(const ut_message_context& context, const ut_message_table
 Result register_table(ut_message_context& context, const ut_message_table& table,
                       ut_realloc_fcn reallocate) {
     const uint32_t module = table.module;
+    if (is_empty(context)) return {UT_NO_MEMORY_FOR_MESSAGE_CONTEXT, code_of(module, 0)};
     if (is_registered(context, module)) {
         if (context.entry_counts[module] != table.count)
             return {UT_MSG_MODULE_COUNT_MISMATCH, code_of(module, 0)};
@@ -256,6 +260,8 @@ bool grow_language(ut_message_language& language, uint32_t capacity, ut_realloc_
 
 Result add_language(ut_message_context& context, const char* name, const ut_language_tables& tables,
                     ut_realloc_fcn reallocate) {
+    constexpr Result kNoMemory{UT_NO_MEMORY_FOR_MESSAGE_CONTEXT, 0};
+    if (is_empty(context)) return kNoMemory;
     const uint32_t index = find_language(context, name);
     // English texts are the primary tables' own.
     if (index == 0) return {UT_MSG_MODULE_TABLE_MISMATCH, 0};
@@ -265,7 +271,6 @@ Result add_language(ut_message_context& context, const char* name, const ut_lang
     uint32_t highest = 0;
     for (uint32_t i = 0; i < tables.count; ++i)
         if (tables.tables[i].module > highest) highest = tables.tables[i].module;
-    constexpr Result kNoMemory{UT_NO_MEMORY_FOR_MESSAGE_CONTEXT, 0};
     const bool is_new = context.languages[index].name == nullptr;
     if (is_new && !grow_store(context, capacity_for(context.highest_module), index + 1, reallocate))
         return kNoMemory;

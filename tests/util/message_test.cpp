@@ -235,6 +235,15 @@ TEST_F(Message, TablesAreCounted) {
     EXPECT_EQ(remove(empty), UT_BAD_MSG_CODE);
 }
 
+TEST_F(Message, ClearedContextRefusesTablesAndLanguages) {
+    const Table table(10, {"text"});
+    ut_clear_message_context(&context, CountdownHeap::release);
+    EXPECT_EQ(add(table), (Answer{UT_NO_MEMORY_FOR_MESSAGE_CONTEXT, code(10, 0)}));
+    EXPECT_EQ(add_language("ja", {0, nullptr}), (Answer{UT_NO_MEMORY_FOR_MESSAGE_CONTEXT, 0}));
+    EXPECT_EQ(remove(table), UT_BAD_MSG_CODE);
+    EXPECT_EQ(change("ja"), UT_BAD_MSG_CODE);
+}
+
 TEST_F(Message, ArraysGrowInStepsOf64Modules) {
     const Table table1(1, {"one"});
     ASSERT_EQ(add(table1), kGood);

@@ -71,7 +71,8 @@ typedef struct ut_message_language ut_message_language;
 typedef struct ut_message_scratch ut_message_scratch;
 
 /* The record. The arrays grow in steps of 64 modules. A zeroed record is an empty context, which
- * can be asked, printed with and cleared, and knows the messages of module 0. */
+ * can be asked, printed with and cleared, knows the messages of module 0, and refuses tables and
+ * languages with status 1. */
 struct ut_message_context {
     uint32_t highest_module;        /* highest module number ever registered */
     uint32_t* entry_counts;         /* per module */
