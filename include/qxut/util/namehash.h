@@ -56,7 +56,8 @@ QXUT_API void ut_delete_namehash(ut_namehash* namehash);
 /* --- interning -------------------------------------------------------------------------------- */
 
 /* The canonical pointer of a name; a new name is copied. The second takes `length` characters,
- * which need not be terminated; a NUL among them ends the name. */
+ * which need not be terminated; a NUL among them ends the name. It copies them to a block of
+ * utMallocWithCheck meanwhile, which throws std::bad_alloc when there is no memory for it. */
 QXUT_API const char* ut_namehash_add(ut_namehash* namehash, const char* name);
 QXUT_API const char* ut_namehash_add_with_length(ut_namehash* namehash, const char* characters,
                                                  size_t length);
