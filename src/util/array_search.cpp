@@ -40,7 +40,7 @@ class Halving {
     }
 
   private:
-    static constexpr uint64_t kCached = 256 * 1024;
+    static constexpr uint64_t kCached = 0x40000;  // bytes
 
     int64_t low_ = 0;
     int64_t high_;
