@@ -1,4 +1,5 @@
-# What `cmake --install` gives: headers, the shared library, a CMake package and a pkg-config file.
+# What `cmake --install` gives: headers, the shared library, a CMake package, a pkg-config file and
+# gdb's pretty printers.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS qxut EXPORT qxut-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -17,3 +18,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qxut-config.cmake
 file(RELATIVE_PATH QXUT_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qxut.pc.in qxut.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qxut.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# gdb loads them by itself with the library when a copy stands in its auto-load folder, else by
+# `source PREFIX/share/qxut/gdb/qxut-gdb.py`.
+install(FILES tools/gdb/qxut-gdb.py DESTINATION ${CMAKE_INSTALL_DATADIR}/qxut/gdb)
