@@ -1,9 +1,9 @@
-// columns.cpp - see columns.h. Tested by tests/console (csv, million rows).
+// columns.cpp - see columns.h. Tested by tests/console (csv, a million rows).
 //
-// A column is one vector of 8-byte elements that grows while rows come in. It grows towards the
-// length that the bytes read so far let expect, but at least by a quarter and never to twice what
-// it holds: so all columns together take less than twice what they need in the end, and copying
-// stays proportional to the number of rows. At the end they are cut to their length.
+// The rows of a file are counted before they are read, so that the column table can have its size
+// from the start and never grows. What cannot be read twice, a pipe, is not counted, and the table
+// doubles: its columns then have room for less than twice their rows. A column is made when its
+// first cell that is not empty tells what it holds.
 #include "columns.h"
 
 #include <algorithm>
@@ -14,6 +14,7 @@
 #include <qxut/util/output.h>
 
 #include "array.h"
+#include "column_table.h"
 #include "commands.h"
 #include "csv.h"
 #include "guard.h"
@@ -25,9 +26,9 @@ namespace {
 
 struct Column {
     const char* name;
-    Kind kind;  // undefined until a cell decides; elements are then NaN
+    Kind kind;  // undefined until a cell decides
     size_t missing;
-    Vector* vector;
+    Vector* vector;  // null until then
     Value* place;
 };
 
@@ -41,22 +42,25 @@ class Columns {
     void clear();
 
   private:
-    void grow();
+    void make_table();
     void read_cell(Column& column);
     void decide(Column& column, Kind kind);
+    uint32_t rows() const { return table_->rows.num_rows; }
     const char* unused_name(const char* header);
     size_t count(Kind kind);
 
     CsvReader& reader_;
     const char* file_;  // for messages
     Array<Column> columns_;
-    size_t rows_ = 0;
-    size_t capacity_ = 0;
+    ColumnTable* table_ = nullptr;
 };
 
 void Columns::clear() {
-    for (Column& column : columns_) ut_mem_free(utGetMemoryContext(), column.vector);
+    for (const Column& column : columns_) {
+        if (column.vector != nullptr) release_vector(column.vector);
+    }
     columns_.clear();
+    release_column_table(table_);
 }
 
 // A name for a column: what cannot stand in a name becomes "_", and a number is added to what the
@@ -88,59 +92,60 @@ void Columns::read_header() {
     }
 }
 
-void Columns::grow() {
-    double expected = 0;
-    if (reader_.bytes_total() > 0 && rows_ > 0) {
-        expected = 1.01 * static_cast<double>(rows_) * static_cast<double>(reader_.bytes_total()) /
-                   static_cast<double>(reader_.bytes_read());
+void Columns::make_table() {
+    uint64_t rows = 0;
+    if (reader_.bytes_total() > 0) {
+        while (reader_.next_row()) {
+            if (++rows % 1024 == 0) utPollInterrupt(utGetErrorContext());
+        }
+        reader_.rewind();
+        reader_.next_row();  // the header
     }
-    const size_t least = rows_ + rows_ / 4 + 1024;
-    const size_t most = 2 * rows_ + 1024;
-    const double bounded = std::min(expected, static_cast<double>(most));
-    const size_t capacity = std::max(least, static_cast<size_t>(bounded));
-    for (Column& column : columns_) {
-        const bool is_new = column.vector == nullptr;
-        column.vector = resize_vector(column.vector, capacity);
-        if (is_new) column.vector->references = 1;
-    }
-    capacity_ = capacity;
+    // A table grows as soon as its last row is taken, so one more.
+    const uint64_t capacity = std::min<uint64_t>(std::max<uint64_t>(rows, 1023) + 1, UINT32_MAX);
+    table_ =
+        new_column_table(static_cast<uint32_t>(columns_.size()), static_cast<uint32_t>(capacity));
 }
 
-// Settles what a column holds; the cells before were empty.
+// Settles what a column holds and makes it; the cells before were empty. Its zeros are the code of
+// the empty text.
 void Columns::decide(Column& column, Kind kind) {
+    add_column(table_, kind, column.vector);
     column.kind = kind;
     if (kind == Kind::text) {
-        std::fill_n(column.vector->texts(), rows_, intern(""));
         column.missing = 0;
+    } else {
+        std::fill_n(column.vector->numbers(), rows(), std::numeric_limits<double>::quiet_NaN());
     }
 }
 
 void Columns::read_cell(Column& column) {
+    const uint32_t row = rows();
     double number = 0;
     if (column.kind != Kind::text && reader_.next_number(&number)) {
-        column.kind = Kind::number;
-        column.vector->numbers()[rows_] = number;
+        if (column.kind == Kind::undefined) decide(column, Kind::number);
+        column.vector->numbers()[row] = number;
         return;
     }
     const char* cell = reader_.next_cell();
     if (column.kind == Kind::text) {
-        column.vector->texts()[rows_] = intern(cell);
+        column.vector->texts()[row] = text_code(cell);
         return;
     }
     if (*cell == '\0') {
-        column.vector->numbers()[rows_] = std::numeric_limits<double>::quiet_NaN();
+        if (column.kind == Kind::number)
+            column.vector->numbers()[row] = std::numeric_limits<double>::quiet_NaN();
         ++column.missing;
         return;
     }
     // A number in quotes or between blanks, or a text.
     char* end = nullptr;
     number = ut_strtod(utGetFpcContext(), cell, &end);
-    if (*end == '\0') {
-        column.kind = Kind::number;
-        column.vector->numbers()[rows_] = number;
-    } else if (column.kind == Kind::undefined) {
-        decide(column, Kind::text);
-        column.vector->texts()[rows_] = intern(cell);
+    if (column.kind == Kind::undefined) decide(column, *end == '\0' ? Kind::number : Kind::text);
+    if (column.kind == Kind::text) {
+        column.vector->texts()[row] = text_code(cell);
+    } else if (*end == '\0') {
+        column.vector->numbers()[row] = number;
     } else {
         raise(Message::csv_bad_number, file_, reader_.row(), reader_.column(), column.name,
               Excerpt(cell, std::strlen(cell)).text);
@@ -148,21 +153,20 @@ void Columns::read_cell(Column& column) {
 }
 
 void Columns::read_rows() {
-    grow();
+    make_table();
     while (reader_.next_row()) {
         utPollInterrupt(utGetErrorContext());
-        if (rows_ == capacity_) grow();
         size_t cells = 0;
         for (; cells < columns_.size() && !reader_.at_row_end(); ++cells)
             read_cell(columns_[cells]);
         for (; !reader_.at_row_end(); ++cells) reader_.next_cell();
         if (cells != columns_.size())
             raise(Message::csv_cell_count, file_, reader_.row(), cells, columns_.size());
-        ++rows_;
+        ut_gtable_add_row(&table_->rows);
     }
     for (Column& column : columns_) {
-        column.vector = resize_vector(column.vector, rows_);
-        if (column.kind == Kind::undefined) column.kind = Kind::number;
+        if (column.kind == Kind::undefined) decide(column, Kind::number);
+        column.vector->count = rows();
     }
 }
 
@@ -182,7 +186,7 @@ void Columns::make_variables(Symbols& symbols) {
         *column.place = Value::of(column.kind, column.vector);
         column.vector = nullptr;
     }
-    say(Message::loaded, file_, rows_, count(Kind::number), count(Kind::text));
+    say(Message::loaded, file_, size_t{rows()}, count(Kind::number), count(Kind::text));
 }
 
 }  // namespace

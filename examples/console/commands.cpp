@@ -11,6 +11,7 @@
 #include "counting_heap.h"
 #include "guard.h"
 #include "lexer.h"
+#include "machine.h"
 #include "messages.h"
 #include "session.h"
 #include "terminal.h"
@@ -45,6 +46,15 @@ void run_load(Session& session, const Command& self, Lexer& rest) {
     const Guard free_path(path);
     session.resolve(name, path);
     load_columns(path.begin(), name, session.symbols());
+}
+
+void run_group(Session& session, const Command&, Lexer& rest) {
+    Program program;
+    const Guard free_program(program);
+    Machine machine(session.symbols(), session.script());
+    const Guard free_machine(machine);
+    parse_group(rest, program);
+    machine.run(program);
 }
 
 void run_language(Session&, const Command& self, Lexer& rest) {
@@ -129,6 +139,7 @@ void run_quit(Session& session, const Command& self, Lexer& rest) {
 
 constexpr Command kCommands[] = {
     {"load", "load \"file.csv\"", run_load},
+    {"group", "group EXPRESSION, ... by EXPRESSION", run_group},
     {"language", "language English | language ja", run_language},
     {"warning", "warning on|off|error [identifier]", run_warning},
     {"transcript", "transcript \"file\" | transcript off", run_transcript},

@@ -29,7 +29,7 @@ void CsvReader::open(const char* path) {
     file_ = std::fopen(path, "rb");
     if (file_ == nullptr)
         raise(errno == ENOENT ? Message::file_not_found : Message::file_unreadable, path);
-    // The size helps to foresee the number of rows; a pipe has none.
+    // A file with a size can be read again; a pipe has none.
     if (std::fseek(file_, 0, SEEK_END) == 0) {
         const long size = std::ftell(file_);
         total_ = size > 0 ? static_cast<uint64_t>(size) : 0;
@@ -47,6 +47,12 @@ void CsvReader::clear() {
     if (file_ != nullptr) std::fclose(file_);
     ut_mem_free(utGetMemoryContext(), buffer_);
     *this = CsvReader();
+}
+
+void CsvReader::rewind() {
+    const char* path = path_;
+    clear();
+    open(path);
 }
 
 // Reads on behind the row that begins at next_; false at the end of the file.
@@ -88,7 +94,6 @@ bool CsvReader::next_row() {
         char* line_end = find_row_end();
         char* start = next_;
         next_ = std::min(line_end + 1, end_);
-        consumed_ += static_cast<uint64_t>(next_ - start);
         row_end_ = line_end;
         if (row_end_ > start && row_end_[-1] == '\r') --row_end_;
         *row_end_ = '\0';

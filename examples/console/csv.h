@@ -23,6 +23,9 @@ class CsvReader {
     // Closes the file and frees the buffer.
     void clear();
 
+    // Starts over with the file's first row; not for a file of unknown size. Raises what open does.
+    void rewind();
+
     // Goes to the next row; false at the end of the file. Raises CSV_ROW_TOO_LONG,
     // FILE_UNREADABLE.
     bool next_row();
@@ -39,8 +42,7 @@ class CsvReader {
     size_t row() const { return row_; }        // of the file, from 1
     size_t column() const { return column_; }  // of the cell taken last, from 1
 
-    uint64_t bytes_read() const { return consumed_; }
-    uint64_t bytes_total() const { return total_; }  // 0: unknown
+    uint64_t bytes_total() const { return total_; }  // of the file; 0: unknown, a pipe
 
   private:
     bool fill();
@@ -59,7 +61,6 @@ class CsvReader {
     size_t row_ = 0;
     size_t lines_ = 0;  // that the rows so far span
     size_t column_ = 0;
-    uint64_t consumed_ = 0;
     uint64_t total_ = 0;
 };
 

@@ -11,8 +11,11 @@
 
 #include <qxut/util/sort.h>
 
+#include "checksums.h"
 #include "machine.h"
 #include "messages.h"
+#include "sets.h"
+#include "summary.h"
 
 namespace console {
 namespace {
@@ -20,35 +23,25 @@ namespace {
 // --- statistics -----------------------------------------------------------------------------
 
 struct Summary {
-    size_t count = 0;
-    double sum = 0;
+    Sum sum;
     double least = std::numeric_limits<double>::infinity();
     double greatest = -std::numeric_limits<double>::infinity();
-
-    double mean() const { return sum / static_cast<double>(count); }
 };
 
-// One pass over f(x) of the values that are not missing. The rounding errors of the sum are
-// summed up apart, so that ten times .1 make 1.
+// One pass over f(x) of the values that are not missing.
 template <class F>
 Summary summarise(const Value& value, F f) {
     Summary summary;
-    double lost = 0;
     const double* x = value.numbers();
     in_blocks(value.count(), [&](size_t begin, size_t end) {
         for (size_t i = begin; i < end; ++i) {
             if (std::isnan(x[i])) continue;
             const double term = f(x[i]);
-            const double sum = summary.sum + term;
-            lost += std::fabs(summary.sum) >= std::fabs(term) ? (summary.sum - sum) + term
-                                                              : (term - sum) + summary.sum;
-            summary.sum = sum;
+            summary.sum.add(term);
             summary.least = std::min(summary.least, term);
             summary.greatest = std::max(summary.greatest, term);
-            ++summary.count;
         }
     });
-    if (std::isfinite(lost)) summary.sum += lost;
     return summary;
 }
 
@@ -56,7 +49,7 @@ Summary summarise(const Value& value) {
     return summarise(value, [](double x) { return x; });
 }
 
-double mean(const Summary& summary) { return summary.mean(); }
+double mean(const Summary& summary) { return summary.sum.mean(); }
 double least(const Summary& summary) { return summary.least; }
 double greatest(const Summary& summary) { return summary.greatest; }
 
@@ -64,13 +57,13 @@ double greatest(const Summary& summary) { return summary.greatest; }
 Summary summarise_some(Machine& machine, const Function& self) {
     need_numbers(machine.top(), self.name);
     const Summary summary = summarise(machine.top());
-    if (summary.count == 0) raise(Message::no_values, self.name);
+    if (summary.sum.count() == 0) raise(Message::no_values, self.name);
     return summary;
 }
 
 void run_sum(Machine& machine, const Function& self, size_t) {
     need_numbers(machine.top(), self.name);
-    machine.push(Value::of(summarise(machine.top()).sum));
+    machine.push(Value::of(summarise(machine.top()).sum.value()));
 }
 
 template <double (*statistic)(const Summary&)>
@@ -81,10 +74,11 @@ void run_statistic(Machine& machine, const Function& self, size_t) {
 // Sample standard deviation; 0 for one value.
 void run_std(Machine& machine, const Function& self, size_t) {
     const Summary summary = summarise_some(machine, self);
-    const double centre = summary.mean();
-    const double squares =
-        summarise(machine.top(), [centre](double x) { return (x - centre) * (x - centre); }).sum;
-    const double freedom = static_cast<double>(std::max<size_t>(summary.count - 1, 1));
+    const double centre = summary.sum.mean();
+    const double squares = summarise(machine.top(), [centre](double x) {
+                               return (x - centre) * (x - centre);
+                           }).sum.value();
+    const double freedom = static_cast<double>(std::max<size_t>(summary.sum.count() - 1, 1));
     machine.push(Value::of(std::sqrt(squares / freedom)));
 }
 
@@ -93,11 +87,11 @@ void run_count(Machine& machine, const Function&, size_t) {
     const Value& value = machine.top();
     size_t count = 0;
     if (value.kind == Kind::number) {
-        count = summarise(value).count;
+        count = summarise(value).sum.count();
     } else {
-        const char* const* texts = value.texts();
+        const TextCode* texts = value.texts();
         in_blocks(value.count(), [&](size_t begin, size_t end) {
-            for (size_t i = begin; i < end; ++i) count += texts[i][0] != '\0' ? 1 : 0;
+            for (size_t i = begin; i < end; ++i) count += texts[i] != kEmptyText ? 1 : 0;
         });
     }
     machine.push(Value::of(static_cast<double>(count)));
@@ -120,9 +114,9 @@ int32_t compare_numbers(void* errors, const void* a, const void* b) {
 
 int32_t compare_texts(void* errors, const void* a, const void* b) {
     utPollInterrupt(static_cast<_error_context*>(errors));
-    const char* x = *static_cast<const char* const*>(a);
-    const char* y = *static_cast<const char* const*>(b);
-    return x == y ? 0 : std::strcmp(x, y);  // equal texts have equal addresses
+    const TextCode x = *static_cast<const TextCode*>(a);
+    const TextCode y = *static_cast<const TextCode*>(b);
+    return x == y ? 0 : std::strcmp(text_of(x), text_of(y));
 }
 
 // Pushes the sorted elements of the value on top, as a vector that nobody else holds.
@@ -137,10 +131,10 @@ void push_sorted(Machine& machine, const Function& self) {
         const double* source = from.numbers();
         elements = std::copy_n(source, count, machine.push_numbers(count)) - count;
     } else {
-        const char* const* source = from.texts();
+        const TextCode* source = from.texts();
         elements = std::copy_n(source, count, machine.push_texts(count)) - count;
     }
-    ut_qsort(elements, static_cast<uint32_t>(count), sizeof(double), utGetErrorContext(),
+    ut_qsort(elements, static_cast<uint32_t>(count), element_size(from.kind), utGetErrorContext(),
              numbers ? compare_numbers : compare_texts);
 }
 
@@ -159,12 +153,12 @@ void run_unique(Machine& machine, const Function& self, size_t) {
         }));
     } else {
         machine.shrink_top(
-            compact(value.vector->texts(), [](const char* a, const char* b) { return a == b; }));
+            compact(value.vector->texts(), [](TextCode a, TextCode b) { return a == b; }));
     }
 }
 
 void run_median(Machine& machine, const Function& self, size_t) {
-    const size_t count = summarise_some(machine, self).count;
+    const size_t count = summarise_some(machine, self).sum.count();
     push_sorted(machine, self);  // missing values last
     const double* x = machine.top().numbers();
     const double low = x[(count - 1) / 2];
@@ -253,6 +247,11 @@ constexpr Function kFunctions[] = {
     {"unique", "unique(x)", 1, 1, run_unique, nullptr},
     {"where", "where(condition)", 1, 1, run_where, nullptr},
     {"range", "range(first, last[, step])", 2, 3, run_range, nullptr},
+    {"union", "union(x, y)", 2, 2, run_union, nullptr},
+    {"intersection", "intersection(x, y)", 2, 2, run_intersection, nullptr},
+    {"difference", "difference(x, y)", 2, 2, run_difference, nullptr},
+    {"crc", "crc(\"file\")", 1, 1, run_crc, nullptr},
+    {"md5", "md5(\"file\")", 1, 1, run_md5, nullptr},
     one_number("abs", "abs(x)", [](double x) { return std::fabs(x); }),
     one_number("sqrt", "sqrt(x)", [](double x) { return std::sqrt(x); }),
     one_number("exp", "exp(x)", [](double x) { return std::exp(x); }),

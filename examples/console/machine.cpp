@@ -44,7 +44,7 @@ void Machine::execute(const Instruction& instruction) {
             push(Value::of(instruction.number));
             break;
         case Operation::text:
-            push(Value::of(instruction.text));
+            push(Value::of(instruction.code));
             break;
         case Operation::name:
             push_variable(instruction.text);
@@ -78,8 +78,11 @@ void Machine::execute(const Instruction& instruction) {
         }
         case Operation::print:
             print_value(top());
-            top().clear();
-            stack_.pop();
+            drop(1);
+            break;
+        case Operation::group:
+            group_operation(*this, count);
+            drop(2 * count + 2);
             break;
     }
 }
@@ -99,12 +102,12 @@ void Machine::push_variable(const char* name) {
 }
 
 double* Machine::push_numbers(size_t count) {
-    push(Value::of(Kind::number, new_vector(count)));
+    push(Value::of(Kind::number, new_vector(Kind::number, count)));
     return top().vector->numbers();
 }
 
-const char** Machine::push_texts(size_t count) {
-    push(Value::of(Kind::text, new_vector(count)));
+TextCode* Machine::push_texts(size_t count) {
+    push(Value::of(Kind::text, new_vector(Kind::text, count)));
     return top().vector->texts();
 }
 
@@ -120,17 +123,23 @@ double* Machine::push_numbers_over(size_t operands, size_t count) {
     return push_numbers(count);
 }
 
-void Machine::shrink_top(size_t count) { top().vector = resize_vector(top().vector, count); }
+void Machine::shrink_top(size_t count) {
+    top().vector = shrink_vector(top().kind, top().vector, count);
+}
 
 void Machine::collapse(size_t operands) {
     if (operands == 0) return;
     const Value result = top();
     stack_.pop();
+    drop(operands);
+    push(result);
+}
+
+void Machine::drop(size_t operands) {
     for (; operands > 0; --operands) {
         top().clear();
         stack_.pop();
     }
-    push(result);
 }
 
 void need_numbers(const Value& value, const char* operation) {

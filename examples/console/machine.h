@@ -12,6 +12,7 @@
 
 #include <qxut/util/interrupt.h>
 
+#include "path.h"
 #include "program.h"
 #include "symbols.h"
 
@@ -19,7 +20,8 @@ namespace console {
 
 class Machine {
   public:
-    explicit Machine(Symbols& symbols) : symbols_(symbols) {}
+    // `script`: path of the script that is running, or null; outlives the machine.
+    Machine(Symbols& symbols, const char* script) : symbols_(symbols), script_(script) {}
 
     // Runs a program from an empty stack. Raises the errors of its operations.
     void run(const Program& program);
@@ -34,7 +36,7 @@ class Machine {
 
     // Push a vector whose elements are then to be set. Raise OUT_OF_MEMORY.
     double* push_numbers(size_t count);
-    const char** push_texts(size_t count);
+    TextCode* push_texts(size_t count);
 
     // The same, but takes the block of one of the `operands` values on top if that is a vector of
     // as many numbers which nobody else holds; element i may then be set once i has been read.
@@ -45,12 +47,18 @@ class Machine {
 
     // Drops the `operands` values below the top.
     void collapse(size_t operands);
+    // Drops the `operands` values on top.
+    void drop(size_t operands);
+
+    // The path of a file that a statement names; see path.h.
+    void resolve(const char* name, Array<char>& path) const { resolve_path(script_, name, path); }
 
   private:
     void execute(const Instruction& instruction);
     void push_variable(const char* name);
 
     Symbols& symbols_;
+    const char* script_;
     Array<Value> stack_;
 };
 
@@ -59,6 +67,9 @@ void unary_operation(Machine& machine, const char* symbol);
 void binary_operation(Machine& machine, const char* symbol);
 void index_operation(Machine& machine);
 void vector_operation(Machine& machine, size_t count);
+
+// Prints sums and means by group; leaves its operands and pushes nothing. In groups.cpp.
+void group_operation(Machine& machine, size_t count);
 
 // Raises NEEDS_NUMBERS unless the value is one, in the name of an operator or function.
 void need_numbers(const Value& value, const char* operation);

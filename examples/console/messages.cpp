@@ -51,6 +51,10 @@ constexpr Entry kEntries[] = {
      "エラー: \"%1\" には値が少なくとも 1 つ必要です。"},
     {"BAD_COUNT", "Error: \"%s\" cannot work on %s elements.",
      "エラー: \"%1\" は %2 個の要素を扱えません。"},
+    {"NEEDS_TEXT", "Error: \"%s\" works on one text.",
+     "エラー: \"%1\" には文字列を 1 つだけ指定してください。"},
+    {"NOT_WHOLE", "Error: \"%s\" works on whole numbers below 2^53, not on %s.",
+     "エラー: \"%1\" は絶対値が 2^53 未満の整数だけを扱います。%2 は扱えません。"},
     {"RESERVED_NAME", "Error: \"%s\" belongs to the console and cannot be a variable.",
      "エラー: \"%1\" はコンソールの予約語なので、変数にはできません。"},
     {"COMMAND_USAGE", "Error: The command is used as: %s", "エラー: このコマンドの使い方: %1"},
@@ -93,8 +97,10 @@ constexpr Entry kEntries[] = {
      "  1/3   2^10   -x   [1 2 3]*2   x > 1 & x < 3   x[2]   x[where(x > 1)]   \"text\"\n"
      "  name = expression\n"
      "  load \"file.csv\"      columns become variables\n"
+     "  group expression, ... by expression      counts, sums and means\n"
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
+     "  union intersection difference          crc md5\n"
      "  language English|ja           warning on|off|error [identifier]\n"
      "  transcript \"file\"|off         echo on|off\n"
      "  time statement                repeat N statement              try statement\n"
@@ -102,8 +108,10 @@ constexpr Entry kEntries[] = {
      "  1/3   2^10   -x   [1 2 3]*2   x > 1 & x < 3   x[2]   x[where(x > 1)]   \"文字列\"\n"
      "  名前 = 式\n"
      "  load \"ファイル.csv\"           列を変数として読み込む\n"
+     "  group 式, ... by 式           グループごとの個数、合計、平均\n"
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
+     "  union intersection difference          crc md5\n"
      "  language English|ja           warning on|off|error [識別子]\n"
      "  transcript \"ファイル\"|off     echo on|off\n"
      "  time 文                       repeat 回数 文                  try 文\n"

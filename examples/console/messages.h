@@ -29,6 +29,8 @@ enum class Message : uint32_t {
     bad_index,
     no_values,
     bad_count,
+    needs_text,
+    not_whole,
     reserved_name,
     command_usage,
     unknown_language,

@@ -2,7 +2,7 @@
 //
 // A vector works element by element with one of the same length, or with a scalar. Comparisons
 // give 1 for true and 0 for false; "&", "|" and "!" take any number but 0 and NaN for true. Texts
-// can be compared for equality, by their canonical addresses. Tested by tests/console (operators).
+// can be compared for equality, by their codes. Tested by tests/console (operators).
 #include <cmath>
 #include <cstring>
 
@@ -43,7 +43,7 @@ void combine(Machine& machine, const char* symbol, const T* a, const T* b, F f) 
 void compare_texts(Machine& machine, const char* symbol) {
     const bool wanted = symbol[0] == '=';
     combine(machine, symbol, machine.top(1).texts(), machine.top(0).texts(),
-            [wanted](const char* a, const char* b) { return (a == b) == wanted ? 1.0 : 0.0; });
+            [wanted](TextCode a, TextCode b) { return (a == b) == wanted ? 1.0 : 0.0; });
 }
 
 void divide(Machine& machine, const double* a, const double* b) {

@@ -5,6 +5,7 @@
 // ends the parser, so nothing is put back on the way out.
 //
 //     statement  = [ name "=" ] expression
+//     group      = expression { "," expression } "by" expression
 //     expression = unary { binary-operator unary }          by precedence
 //     unary      = ( "-" | "+" | "!" ) expression | postfix
 //     postfix    = primary { "[" expression "]" }
@@ -60,12 +61,14 @@ class Parser {
         : lexer_(rest), program_(program), token_(lexer_.next()) {}
 
     void statement();
+    void group();
 
   private:
     void advance() { token_ = lexer_.next(); }
     [[noreturn]] void unexpected() const;
     void expect(const char* symbol);
 
+    void labelled_expression();
     void expression(int precedence);
     void unary();
     void postfix();
@@ -123,6 +126,33 @@ void Parser::statement() {
     expression(0);
     if (token_.type != TokenType::end) unexpected();
     emit(target != nullptr ? Operation::store : Operation::print).text = target;
+}
+
+// An expression, and before it a text that is its own spelling.
+void Parser::labelled_expression() {
+    const char* start = token_.start - (token_.type == TokenType::text ? 1 : 0);
+    const size_t label = program_.size();
+    emit(Operation::text);
+    expression(0);
+    const char* end = token_.start;
+    while (end > start && (end[-1] == ' ' || end[-1] == '\t')) --end;
+    program_[label].code = text_code(intern(start, static_cast<size_t>(end - start)));
+}
+
+void Parser::group() {
+    size_t count = 1;
+    labelled_expression();
+    for (; token_.is(","); ++count) {
+        advance();
+        labelled_expression();
+    }
+    if (token_.type != TokenType::name || token_.length != 2 ||
+        std::memcmp(token_.start, "by", 2) != 0)
+        unexpected();
+    advance();
+    labelled_expression();
+    if (token_.type != TokenType::end) unexpected();
+    emit(Operation::group, count);
 }
 
 const BinaryOperator* Parser::binary_operator() const {
@@ -189,8 +219,8 @@ void Parser::primary() {
             return;
         case TokenType::text: {
             advance();
-            const char* text = intern(token.start, token.length);
-            emit(Operation::text).text = text;
+            const TextCode text = text_code(intern(token.start, token.length));
+            emit(Operation::text).code = text;
             return;
         }
         case TokenType::name:
@@ -251,5 +281,7 @@ void Parser::vector() {
 }  // namespace
 
 void parse(const Lexer& rest, Program& program) { Parser(rest, program).statement(); }
+
+void parse_group(const Lexer& rest, Program& program) { Parser(rest, program).group(); }
 
 }  // namespace console

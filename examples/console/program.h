@@ -8,6 +8,7 @@
 #define CONSOLE_PROGRAM_H
 
 #include "array.h"
+#include "texts.h"
 
 namespace console {
 
@@ -15,7 +16,7 @@ struct Function;
 
 enum class Operation : uint8_t {
     number,  // push number
-    text,    // push text
+    text,    // push the text of code
     name,    // push the value of the variable text
     vector,  // join the count values on top into one vector
     unary,   // symbol: "-" or "!"
@@ -23,7 +24,8 @@ enum class Operation : uint8_t {
     index,   // vector, index -> element or vector
     call,    // function with count arguments
     store,   // value on top -> variable text
-    print    // print the value on top
+    print,   // print the value on top
+    group    // count pairs of a label and a vector, then those of the keys -> printed
 };
 
 struct Instruction {
@@ -31,6 +33,7 @@ struct Instruction {
     uint32_t count;
     union {
         double number;
+        TextCode code;
         const char* text;    // canonical
         const char* symbol;  // spelling of an operator, a constant
         const Function* function;
@@ -44,6 +47,9 @@ class Lexer;
 // Parses the rest of a statement, an expression or an assignment, into an empty program. Raises
 // the syntax errors, UNKNOWN_FUNCTION, WRONG_ARGUMENTS and OUT_OF_MEMORY.
 void parse(const Lexer& rest, Program& program);
+
+// The same for what follows "group": EXPRESSION { "," EXPRESSION } "by" EXPRESSION.
+void parse_group(const Lexer& rest, Program& program);
 
 }  // namespace console
 

@@ -19,6 +19,7 @@
 #include "lexer.h"
 #include "machine.h"
 #include "messages.h"
+#include "path.h"
 #include "source.h"
 #include "terminal.h"
 
@@ -69,11 +70,6 @@ struct Attempt {
         return 1;
     }
 };
-
-const char* last_part(const char* path) {
-    const char* slash = std::strrchr(path, '/');
-    return slash == nullptr ? path : slash + 1;
-}
 
 double milliseconds_since(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
@@ -143,6 +139,7 @@ bool Session::attempt(const Source* place, Body body) {
 
 bool Session::open() {
     return attempt(nullptr, [this] {
+        open_texts();
         symbols_.open();
         ut_initialize_dsbuffer(&line_, utGetMemoryContext(), 256);
     });
@@ -150,6 +147,7 @@ bool Session::open() {
 
 void Session::clear() {
     symbols_.clear();
+    close_texts();
     ut_clear_dsbuffer(&line_);
 }
 
@@ -204,7 +202,7 @@ void Session::execute(const char* text) {
     tried_ = order.tried;
     Program program;
     const Guard free_program(program);
-    Machine machine(symbols_);
+    Machine machine(symbols_, script_);
     const Guard free_machine(machine);
     if (order.command == nullptr) {
         if (statement.peek() == '\0') return;
@@ -223,12 +221,6 @@ void Session::execute(const char* text) {
     if (order.timed) say(Message::elapsed, milliseconds_since(start));
 }
 
-void Session::resolve(const char* name, Array<char>& path) {
-    const char* file = script_ == nullptr ? "" : last_part(script_);
-    const size_t folder = script_ == nullptr || name[0] == '/' ? 0 : size_t(file - script_);
-    for (size_t i = 0; i < folder; ++i) path.push(script_[i]);
-    for (const char* from = name; *from != '\0'; ++from) path.push(*from);
-    path.push('\0');
-}
+void Session::resolve(const char* name, Array<char>& path) { resolve_path(script_, name, path); }
 
 }  // namespace console

@@ -36,8 +36,9 @@ class Session {
     void set_echo(bool echo) { echo_ = echo; }
     void quit() { has_quit_ = true; }
 
-    // The path of a file that a statement names: from the folder of the script that is running.
-    // A C string in an empty array. Raises OUT_OF_MEMORY.
+    // Path of the script that is running, or null.
+    const char* script() const { return script_; }
+    // The path of a file that a statement names; see path.h.
     void resolve(const char* name, Array<char>& path);
 
   private:

@@ -7,6 +7,8 @@
 #include <qxut/util/contexts.h>
 #include <qxut/util/output.h>
 
+#include "column_table.h"
+
 namespace console {
 namespace {
 
@@ -17,7 +19,7 @@ void print_element(const Value& value, size_t i) {
         utPuts(NumberText(value.numbers()[i]).text);
     } else {
         utPuts("\"");
-        utPuts(value.texts()[i]);
+        utPuts(text_of(value.texts()[i]));
         utPuts("\"");
     }
 }
@@ -31,10 +33,10 @@ Value Value::of(double number) {
     return value;
 }
 
-Value Value::of(const char* canonical_text) {
+Value Value::of(TextCode text) {
     Value value;
     value.kind = Kind::text;
-    value.text = canonical_text;
+    value.text = text;
     return value;
 }
 
@@ -47,7 +49,7 @@ Value Value::of(Kind kind, Vector* vector) {
 }
 
 void Value::clear() {
-    if (is_vector && --vector->references == 0) ut_mem_free(utGetMemoryContext(), vector);
+    if (is_vector) release_vector(vector);
     *this = Value();
 }
 
@@ -56,19 +58,27 @@ Value Value::share() const {
     return *this;
 }
 
-Vector* new_vector(size_t count) {
-    Vector* vector = resize_vector(nullptr, count);
-    vector->references = 1;
+Vector* new_vector(Kind kind, size_t count) {
+    const size_t size = element_size(kind);
+    if (count > (SIZE_MAX - sizeof(Vector)) / size) ut_error(utGetErrorContext(), UT_OUT_OF_MEMORY);
+    auto* vector =
+        static_cast<Vector*>(ut_mem_alloc(utGetMemoryContext(), sizeof(Vector) + count * size));
+    *vector = {1, count, vector + 1, nullptr};
     return vector;
 }
 
-Vector* resize_vector(Vector* vector, size_t count) {
-    if (count > (SIZE_MAX - sizeof(Vector)) / sizeof(double))
-        ut_error(utGetErrorContext(), UT_OUT_OF_MEMORY);
+Vector* shrink_vector(Kind kind, Vector* vector, size_t count) {
     vector = static_cast<Vector*>(
-        ut_mem_realloc(utGetMemoryContext(), vector, sizeof(Vector) + count * sizeof(double)));
+        ut_mem_realloc(utGetMemoryContext(), vector, sizeof(Vector) + count * element_size(kind)));
     vector->count = count;
+    vector->elements = vector + 1;
     return vector;
+}
+
+void release_vector(Vector* vector) {
+    if (--vector->references > 0) return;
+    if (vector->table != nullptr) remove_column(vector);
+    ut_mem_free(utGetMemoryContext(), vector);
 }
 
 void print_value(const Value& value) {

@@ -1,59 +1,72 @@
 // value.h - what a statement computes with: a number, a text, or a vector of either.
 //
-// Numbers and texts are held in the value. A vector is a counted block with its elements behind
-// it, 8 bytes each; it is shared by the variables and temporaries that hold it and may be written
-// only while one of them does. Texts are canonical pointers into the name hash: equal texts have
-// equal addresses, nothing owns them, and they stay until the contexts are cleared.
+// Numbers and texts are held in the value, texts as their codes. A vector is a counted record with
+// its elements, 8 bytes for a number and 4 for a text, behind it or in a column table (see
+// column_table.h); it is shared by the variables and temporaries that hold it and may be written
+// only while one of them does.
 //
-//     Value { number, vector }        Vector { references, count } [ e0 ][ e1 ] ... [ en-1 ]
-//                      '--------------'
+//     Value { vector } -> Vector { references, count, elements } [ e0 ][ e1 ] ... [ en-1 ]
+//                                                        '-------^
 #ifndef CONSOLE_VALUE_H
 #define CONSOLE_VALUE_H
 
 #include <cstddef>
 #include <cstdint>
 
+#include "texts.h"
+
 namespace console {
 
 enum class Kind : uint8_t { undefined, number, text };
 
+struct ColumnTable;
+
 struct Vector {
     size_t references;
     size_t count;
+    void* elements;
+    ColumnTable* table;  // that the elements are a column of, or null
 
-    double* numbers() { return reinterpret_cast<double*>(this + 1); }
-    const char** texts() { return reinterpret_cast<const char**>(this + 1); }
+    double* numbers() { return static_cast<double*>(elements); }
+    TextCode* texts() { return static_cast<TextCode*>(elements); }
 };
-static_assert(sizeof(double) == 8 && sizeof(const char*) == 8 && sizeof(Vector) % 8 == 0);
+static_assert(sizeof(Vector) % alignof(double) == 0);
+
+constexpr size_t element_size(Kind kind) {
+    return kind == Kind::text ? sizeof(TextCode) : sizeof(double);
+}
 
 struct Value {
     Kind kind = Kind::undefined;
     bool is_vector = false;
     union {
         double number;
-        const char* text;
+        TextCode text;
         Vector* vector = nullptr;
     };
 
     static Value of(double number);
-    static Value of(const char* canonical_text);
+    static Value of(TextCode text);
     static Value of(Kind kind, Vector* vector);  // takes the reference over
 
     size_t count() const { return is_vector ? vector->count : 1; }
     // The elements; a scalar's is the value itself.
     const double* numbers() const { return is_vector ? vector->numbers() : &number; }
-    const char* const* texts() const { return is_vector ? vector->texts() : &text; }
+    const TextCode* texts() const { return is_vector ? vector->texts() : &text; }
 
     void clear();         // drops the reference; the value is then undefined
     Value share() const;  // one more reference
 };
 
-// A vector with one reference and elements that are not set. Raises OUT_OF_MEMORY.
-Vector* new_vector(size_t count);
+// A vector with one reference and elements that are not set, behind it. Raises OUT_OF_MEMORY.
+Vector* new_vector(Kind kind, size_t count);
 
-// Changes the number of elements of a vector that has one reference. Raises OUT_OF_MEMORY with
-// the vector untouched.
-Vector* resize_vector(Vector* vector, size_t count);
+// Cuts a vector of new_vector that has one reference; returns where it is now. Raises OUT_OF_MEMORY
+// with the vector untouched.
+Vector* shrink_vector(Kind kind, Vector* vector, size_t count);
+
+// Drops a reference, and the vector with the last one.
+void release_vector(Vector* vector);
 
 // Prints a value and a newline: numbers in shortest form, long vectors cut.
 void print_value(const Value& value);

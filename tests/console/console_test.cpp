@@ -162,16 +162,19 @@ std::string without_times(const std::string& output) {
     return result;
 }
 
-class Golden : public testing::TestWithParam<fs::path> {};
-
-TEST_P(Golden, PrintsWhatIsExpected) {
-    const fs::path script = GetParam();
-    const fs::path expected = kGolden / script.filename().replace_extension(".out");
-    const Result result = run({script.filename()}, script.parent_path());
+void expect_golden(const fs::path& script, const fs::path& folder) {
+    const fs::path expected = kGolden / fs::path(script).replace_extension(".out");
+    const Result result = run({script}, folder);
     const std::string output =
         without_times(result.output) + "[status " + std::to_string(result.status) + "]\n";
     if (std::getenv("QXUT_UPDATE_GOLDEN") != nullptr) std::ofstream(expected) << output;
     EXPECT_EQ(output, read_file(expected));
+}
+
+class Golden : public testing::TestWithParam<fs::path> {};
+
+TEST_P(Golden, PrintsWhatIsExpected) {
+    expect_golden(GetParam().filename(), GetParam().parent_path());
 }
 
 std::vector<fs::path> scripts() {
@@ -350,8 +353,9 @@ TEST(Console, LimitsRowsOfAFile) {
 // out of memory is reported, and nothing stays allocated (checked by every run).
 TEST(Console, SurvivesAnyMemoryLimit) {
     const std::string statements =
-        "x = range(1, 1000)\nload \"gaps.csv\"\nsort(x * 2)\n[x x]\nunique(c)\nwho\nlanguage ja\n"
-        "nothing\nwarning off division_by_zero\n1/0\n\"done\"";
+        "x = range(1, 1000)\nload \"gaps.csv\"\nsort(x * 2)\n[x x]\nunique(c)\nwho\n"
+        "group x, -x by floor(x / 9)\nlength(union(x, 2 * x))\ncrc(\"gaps.csv\")\n"
+        "md5(\"gaps.csv\")\nlanguage ja\nnothing\nwarning off division_by_zero\n1/0\n\"done\"";
     int done = 0;
     for (size_t limit = 500; limit < 450000; limit += limit < 60000 ? 1500 : 26000) {
         const Result result = run({"--memory-limit", std::to_string(limit), "-e", statements});
@@ -386,6 +390,23 @@ TEST(Console, CtrlCEndsTheStatementOnly) {
     EXPECT_EQ(console.status(), 1);
 }
 
+// What cannot be read twice is loaded in one go, into columns that grow.
+TEST(Console, LoadsFromAPipe) {
+    std::string rows = "n,name\n";
+    for (int i = 0; i < 5000; ++i) rows += std::to_string(i) + (i < 4000 ? ",\n" : ",x\n");
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    ASSERT_EQ(write(ends[1], rows.data(), rows.size()), static_cast<ssize_t>(rows.size()));
+    close(ends[1]);
+    Console console({"-e", "load /dev/stdin", "-e", "[sum(n) count(name) length(name)]"}, kGolden,
+                    ends[0]);
+    close(ends[0]);
+    console.finish();
+    EXPECT_EQ(console.output(),
+              "/dev/stdin: rows 5000, columns of numbers 1, of texts 1\n"
+              "[12497500.0 1000.0 5000.0]\n");
+}
+
 // A million rows take at most twice their size and 16 MB: 8 bytes for each number, and the
 // distinct texts.
 TEST(Console, LoadsAMillionRowsInBoundedMemory) {
@@ -416,6 +437,20 @@ TEST(Console, LoadsAMillionRowsInBoundedMemory) {
     result = run({"-e", "load single.csv", "-e", "sum(n)"}, folder.path());
     EXPECT_NE(result.output.find("\n499999500000.0\n"), std::string::npos) << result.output;
     EXPECT_LE(result.peak, 2 * 8.0 * kRows + kSlack);
+}
+
+// The demo's million rows: one column of numbers and three of texts, in the same bound.
+TEST(Console, ShowsTheMillionRowsOfItsDemo) {
+    const Folder folder;
+    const fs::path data = folder.path() / "readings.csv";
+    const std::string make = (kDemo / "million" / "make.sh").string() + " > " + data.string();
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    fs::copy(kDemo / "million" / "million.qx", folder.path());
+
+    const double texts = 4096 * 5 + 100;
+    const double loaded = run({"-e", "load readings.csv"}, folder.path()).peak;
+    EXPECT_LE(loaded, 2 * (8.0 * 1000000 + texts) + 16.0 * 1024 * 1024);
+    expect_golden("million.qx", folder.path());
 }
 
 }  // namespace
