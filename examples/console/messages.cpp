@@ -40,7 +40,7 @@ constexpr Entry kEntries[] = {
     {"WRONG_ARGUMENTS", "Error: Wrong number of arguments (%d); the function is used as %s.",
      "エラー: 引数の数 (%1) が違います。この関数は %2 の形で使います。"},
     {"WRONG_SIZES", "Error: The operands of \"%s\" have %zu and %zu elements.",
-     "エラー: \"%1\" の左辺の要素数は %2、右辺の要素数は %3 で、一致していません。"},
+     "エラー: \"%1\" の対象の要素数は %2 と %3 で、一致していません。"},
     {"NEEDS_NUMBERS", "Error: \"%s\" works on numbers, not on texts.",
      "エラー: \"%1\" は数値だけを扱います。文字列には使えません。"},
     {"MIXED_KINDS", "Error: \"%s\" cannot combine numbers with texts.",
