@@ -2,7 +2,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <random>
 #include <string>
 #include <unordered_set>
@@ -11,6 +10,7 @@
 #include <qxut/util/namehash.h>
 
 #include "support/memory_contexts.h"
+#include "support/thread_clock.h"
 
 namespace {
 
@@ -43,13 +43,12 @@ void time_table(benchmark::State& state) {
     std::shuffle(wanted.begin(), wanted.end(), std::mt19937(4));
     for (auto _ : state) {
         Table table;
-        const auto start = std::chrono::steady_clock::now();
+        const double start = qxut_bench::thread_seconds();
         for (const auto& name : names) table.add(name);
         size_t found = 0;
         for (const auto& name : wanted) found += table.has(name) ? 1 : 0;
         benchmark::DoNotOptimize(found);
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(taken.count());
+        state.SetIterationTime(qxut_bench::thread_seconds() - start);
     }
 }
 

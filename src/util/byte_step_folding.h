@@ -41,6 +41,9 @@ constexpr int64_t fold_factor(int bits) {
     return static_cast<int64_t>(uint64_t{remainder} << 32);
 }
 
+// What n bytes, 9 to 32, make of h = 0. Without a branch on n, which for texts nobody foresees.
+QXUT_TARGET_CARRYLESS uint32_t remainder_of_9_to_32(const unsigned char* bytes, size_t n);
+
 // The reciprocal of P: the quotient of x^96 by P, from the coefficient of x^64 in the low bit up to
 // that of x^1. The division takes one bit of the dividend at a time, P's own top bit aside.
 constexpr uint64_t make_reciprocal() {

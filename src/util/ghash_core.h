@@ -15,8 +15,10 @@
 #include <cstring>
 
 #include <qxut/util/ghash.h>
+#include <qxut/util/hash_keys.h>
 
 #include "util/byte_step_folding.h"
+#include "util/text_slot.h"
 
 struct ut_ghash_node {
     ut_ghash_node* next;
@@ -33,6 +35,9 @@ inline constexpr uint32_t kNodeHeaderSize = sizeof(ut_ghash_node);
 
 inline unsigned char* stored_key(ut_ghash_node* node) {
     return reinterpret_cast<unsigned char*>(node) + kNodeHeaderSize;
+}
+inline const unsigned char* stored_key(const ut_ghash_node* node) {
+    return reinterpret_cast<const unsigned char*>(node) + kNodeHeaderSize;
 }
 inline unsigned char* stored_data(const ut_ghash_table& table, ut_ghash_node* node) {
     return stored_key(node) + table.data_offset;
@@ -70,10 +75,9 @@ inline uint32_t bucket_of(uint32_t hash, int32_t num_buckets) {
     return hash % static_cast<uint32_t>(num_buckets);
 }
 
-// Walks the chain of `hash` to the first node that is_it(node) accepts.
+// From a link of the chain of `hash` to the first node that is_it(node) accepts.
 template <class IsIt>
-inline Place walk_chain(const ut_ghash_table& table, uint32_t hash, const IsIt& is_it) {
-    ut_ghash_node** link = &table.buckets[bucket_of(hash, table.num_buckets)];
+inline Place walk_from(ut_ghash_node** link, uint32_t hash, const IsIt& is_it) {
     ut_ghash_node* node = *link;
     while (node != nullptr && !is_it(node)) {
         link = &node->next;
@@ -82,12 +86,56 @@ inline Place walk_chain(const ut_ghash_table& table, uint32_t hash, const IsIt& 
     return {hash, node, link};
 }
 
+template <class IsIt>
+inline Place walk_chain(const ut_ghash_table& table, uint32_t hash, const IsIt& is_it) {
+    return walk_from(&table.buckets[bucket_of(hash, table.num_buckets)], hash, is_it);
+}
+
+// Stands in for the node that a link does not point to: its bytes may be read.
+struct NoNode {
+    ut_ghash_node node;
+    uint64_t key;
+};
+inline NoNode no_node{};
+
+// a == b ? equal : different, without a branch whatever the compiler thinks of it.
+template <class T>
+inline T* choose(uint64_t a, uint64_t b, T* equal, T* different) {
+#if defined(__x86_64__) && defined(__GNUC__)
+    __asm__("cmpq %[b], %[a]\n\tcmoveq %[equal], %[chosen]"
+            : [chosen] "+r"(different)
+            : [equal] "r"(equal), [a] "rm"(a), [b] "re"(b)
+            : "cc");
+    return different;
+#else
+    return a == b ? equal : different;
+#endif
+}
+
+inline uint64_t as_word(const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); }
+
+// Walks the chain of `hash` to the first node of which tag_of(node) is `tag`, a number that can be
+// read from any node.
+//
+// How far a random key has to walk no branch predictor knows, and a wrong guess is noticed only
+// when the node has come from memory: until then the processor prepares nothing of use. Hence the
+// first step, past a node that is another one, is made without a branch. Few walks are longer.
+template <class TagOf>
+inline Place walk_to_tag(const ut_ghash_table& table, uint32_t hash, uint64_t tag,
+                         const TagOf& tag_of) {
+    ut_ghash_node** const first = &table.buckets[bucket_of(hash, table.num_buckets)];
+    ut_ghash_node* const node = choose(as_word(*first), 0, &no_node.node, *first);
+    ut_ghash_node** link = choose(tag_of(node), tag, first, &node->next);
+    link = choose(as_word(*first), 0, first, link);
+    return walk_from(link, hash, [&](const ut_ghash_node* n) { return tag_of(n) == tag; });
+}
+
 // Words that are equal have equal hashes: nothing would be saved by comparing these first.
 inline Place walk_to_word(const ut_ghash_table& table, uint32_t hash, uint64_t word) {
-    return walk_chain(table, hash, [word](ut_ghash_node* node) {
+    return walk_to_tag(table, hash, word, [](const ut_ghash_node* node) {
         uint64_t stored = 0;
         std::memcpy(&stored, stored_key(node), sizeof stored);
-        return stored == word;
+        return stored;
     });
 }
 
@@ -148,8 +196,14 @@ enum class Deletion { key_then_data, data_then_key, key_only };
 void dispose_by_callbacks(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion);
 
 inline void dispose_of(ut_ghash_table& table, ut_ghash_node* node, Deletion deletion) {
-    if (table.delete_key_fn == ghash_default::delete_nothing &&
+    // What cannot raise needs no guards.
+    const bool text_key = table.delete_key_fn == ut_ghash_delete_string_key;
+    if ((text_key || table.delete_key_fn == ghash_default::delete_nothing) &&
         table.delete_data_fn == ghash_default::delete_nothing) {
+        if (text_key) {
+            const auto* const memory = reinterpret_cast<_memory_context*>(table.user_data);
+            memory->release(const_cast<char*>(text_in(stored_key(node))));
+        }
         table.mem_ctx->release(node);
     } else {
         dispose_by_callbacks(table, node, deletion);

@@ -35,6 +35,23 @@ void dispose_of_key(void* table, void* node) {
                Deletion::key_only);
 }
 
+// What ut_ghash_copy_string_key does, without a guard for the node.
+void copy_text(const ut_ghash_table& table, ut_ghash_node* node, const void* key) {
+    const char* const text = text_in(key);
+    char* copy = nullptr;
+    if (text != nullptr) [[likely]] {
+        const auto& memory = *reinterpret_cast<const _memory_context*>(*table.copy_key_ctx);
+        const size_t size = std::strlen(text) + 1;
+        copy = static_cast<char*>(memory.allocate(size));
+        if (copy == nullptr) {
+            table.mem_ctx->release(node);
+            ut_error(memory.error_context, UT_OUT_OF_MEMORY);
+        }
+        std::memcpy(copy, text, size);
+    }
+    std::memcpy(stored_key(node), &copy, sizeof copy);
+}
+
 // A node with its key that no link points to yet.
 ut_ghash_node* new_node(ut_ghash_table& table, uint32_t hash, const void* key) {
     _memory_context* const memory = table.mem_ctx;
@@ -46,6 +63,8 @@ ut_ghash_node* new_node(ut_ghash_table& table, uint32_t hash, const void* key) {
     node->hash = hash;
     if (table.copy_key_fn == ghash_default::copy_word) {
         copy_word(stored_key(node), key);
+    } else if (table.copy_key_fn == ut_ghash_copy_string_key) {
+        copy_text(table, node, key);
     } else {
         CleanupGuard guard(memory->error_context, &node, memory, free_through);
         copy_key(table, stored_key(node), key);

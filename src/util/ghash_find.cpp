@@ -14,7 +14,7 @@ namespace {
 
 Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
     const uint32_t hash = table.hash_fn(*table.hash_ctx, key);
-    return walk_chain(table, hash, [&table, hash, key](ut_ghash_node* node) {
+    return walk_chain(table, hash, [&table, hash, key](const ut_ghash_node* node) {
         return node->hash == hash &&
                table.compare_fn(*table.compare_ctx, key, stored_key(node)) == 0;
     });
@@ -22,11 +22,14 @@ Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
 
 Place find_text(const ut_ghash_table& table, const void* key) {
     const char* const text = text_in(key);
-    const uint32_t hash = byte_steps(kSlotTextSeed, reinterpret_cast<const unsigned char*>(text),
-                                     std::strlen(text) + 1);
-    return walk_chain(table, hash, [hash, text](ut_ghash_node* node) {
-        return node->hash == hash && std::strcmp(text, text_in(stored_key(node))) == 0;
-    });
+    const uint32_t hash = hash_slot_text(text, std::strlen(text) + 1);
+    Place place = walk_to_tag(table, hash, hash,
+                              [](const ut_ghash_node* node) -> uint64_t { return node->hash; });
+    while (place.node != nullptr && std::strcmp(text, text_in(stored_key(place.node))) != 0) {
+        place = walk_from(&place.node->next, hash,
+                          [hash](const ut_ghash_node* node) { return node->hash == hash; });
+    }
+    return place;
 }
 
 }  // namespace

@@ -148,29 +148,51 @@ void grow_into(ut_ghash_table& table, ut_ghash_node** buckets, int32_t num_bucke
     table.num_buckets = num_buckets;
 }
 
-// The same within the vector, whose rest is given back: shrinking needs no memory. The nodes are
-// strung together first, since their new places are among the old.
-void shrink_to(ut_ghash_table& table, int32_t num_buckets) {
-    PrefetchingWalk walk(table);
-    ut_ghash_node* first = nullptr;
-    ut_ghash_node** last = &first;
-    for (auto* node = walk.next(); node != nullptr; node = walk.next()) {
+// Keeps nodes in order without memory of its own: strings them together by their links, the first
+// to the ninth to the seventeenth and so on. Where one is taken out, the read of the one eight
+// further on is under way.
+class Strings {
+  public:
+    void append(ut_ghash_node* node) {
+        ut_ghash_node**& last = last_[appended_++ % kStrings];
         *last = node;
         last = &node->next;
     }
-    *last = nullptr;
-    const auto bytes = static_cast<size_t>(bytes_of_buckets(num_buckets));
-    std::memset(table.buckets, 0, bytes);
-    Placer placer(table.buckets, num_buckets);
-    for (ut_ghash_node* node = first; node != nullptr;) {
-        ut_ghash_node* const next = node->next;
-        placer.place(node);
-        node = next;
+    void finish() {
+        for (ut_ghash_node** last : last_) *last = nullptr;
     }
+    // Null at the end.
+    ut_ghash_node* take() {
+        ut_ghash_node*& first = first_[taken_++ % kStrings];
+        ut_ghash_node* const node = first;
+        if (node == nullptr) return nullptr;
+        first = node->next;
+        __builtin_prefetch(first, 1);
+        return node;
+    }
+
+  private:
+    static constexpr size_t kStrings = 8;
+    ut_ghash_node* first_[kStrings]{};
+    ut_ghash_node** last_[kStrings]{&first_[0], &first_[1], &first_[2], &first_[3],
+                                    &first_[4], &first_[5], &first_[6], &first_[7]};
+    size_t appended_ = 0;
+    size_t taken_ = 0;
+};
+
+// The same within the vector, which keeps its rest: shrinking needs no memory. Giving the rest back
+// would make common heaps merge all the nodes they got back so far, one wait for memory each. The
+// nodes are kept aside first, since their new places are among the old.
+void shrink_to(ut_ghash_table& table, int32_t num_buckets) {
+    PrefetchingWalk walk(table);
+    Strings nodes;
+    for (auto* node = walk.next(); node != nullptr; node = walk.next()) nodes.append(node);
+    nodes.finish();
+    std::memset(table.buckets, 0, static_cast<size_t>(bytes_of_buckets(num_buckets)));
+    Placer placer(table.buckets, num_buckets);
+    for (auto* node = nodes.take(); node != nullptr; node = nodes.take()) placer.place(node);
     placer.finish();
     table.num_buckets = num_buckets;
-    void* const rest = table.mem_ctx->reallocate(table.buckets, bytes);
-    if (rest != nullptr) table.buckets = static_cast<ut_ghash_node**>(rest);
 }
 
 void set_bounds(ut_ghash_table& table, const Bounds& bounds) {

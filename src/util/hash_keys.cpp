@@ -9,6 +9,7 @@
 #include <qxut/util/hash_bytes.h>
 
 #include "util/ascii_case.h"
+#include "util/byte_step_folding.h"
 #include "util/text_slot.h"
 
 using qxut::text_in;
@@ -51,6 +52,43 @@ _memory_context* memory_context(uintptr_t context) {
 
 }  // namespace
 
+namespace qxut {
+namespace {
+
+#if defined(QXUT_CARRYLESS_MULTIPLICATION)
+
+// What the seed becomes in n steps of zero bytes. The step is linear: a run started from the seed
+// gives this and, added to it, what it gives started from 0.
+struct SeedAfter {
+    uint32_t steps[33];
+};
+constexpr SeedAfter make_seed_after() {
+    SeedAfter after{};
+    uint32_t h = kSlotTextSeed;
+    for (uint32_t& value : after.steps) {
+        value = h;
+        for (int bit = 0; bit < 8; ++bit) h = bit_step(h);
+    }
+    return after;
+}
+constexpr SeedAfter kSeedAfter = make_seed_after();
+
+#endif
+
+}  // namespace
+
+uint32_t hash_slot_text(const char* text, size_t size) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+#if defined(QXUT_CARRYLESS_MULTIPLICATION)
+    if (size >= 9 && size <= 32 && has_carryless_multiplication()) {
+        return kSeedAfter.steps[size] ^ remainder_of_9_to_32(bytes, size);
+    }
+#endif
+    return byte_steps(kSlotTextSeed, bytes, size);
+}
+
+}  // namespace qxut
+
 uint32_t ut_hash_string_key(uintptr_t /*context*/, const void* text) {
     return ut_hash_string(0, static_cast<const char*>(text));
 }
@@ -68,7 +106,8 @@ void ut_delete_string_key(uintptr_t mem_ctx, char* text) {
 }
 
 uint32_t ut_ghash_string_key(uintptr_t /*context*/, const void* slot) {
-    return ut_hash_string(qxut::kSlotTextSeed, text_in(slot));
+    const char* const text = text_in(slot);
+    return qxut::hash_slot_text(text, std::strlen(text) + 1);
 }
 
 uint32_t ut_ghash_stringi_key(uintptr_t /*context*/, const void* slot) {

@@ -25,7 +25,7 @@ ut_ghash_node* find_node(const _ihash_table& table, const void* key) {
 // Unlinks a node by its place in memory: no callback is asked.
 void unlink_node(ut_ghash_table& table, const ut_ghash_node* node) {
     const Place place =
-        walk_chain(table, node->hash, [node](ut_ghash_node* n) { return n == node; });
+        walk_chain(table, node->hash, [node](const ut_ghash_node* n) { return n == node; });
     *place.link = node->next;
     --table.count;
 }

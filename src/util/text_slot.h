@@ -2,6 +2,7 @@
 #ifndef QXUT_SRC_UTIL_TEXT_SLOT_H
 #define QXUT_SRC_UTIL_TEXT_SLOT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -15,6 +16,9 @@ inline const char* text_in(const void* slot) {
 
 // What the hash of such texts starts from.
 inline constexpr uint32_t kSlotTextSeed = 0xFFFFFFFF;
+
+// The hash of a text of `size` bytes, its NUL included (hash_keys.cpp).
+uint32_t hash_slot_text(const char* text, size_t size);
 
 }  // namespace qxut
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include <qxut/util/hash_bytes.h>
 
@@ -40,6 +41,15 @@ TEST(HashKeys, HashesOfTexts) {
     const Slot empty("");
     EXPECT_EQ(ut_hash_string_key(0, ""), 0u);
     EXPECT_EQ(ut_ghash_string_key(0, empty.address()), ut_hash_byte(0, 255) ^ 0x00FFFFFFu);
+    // Of every length: some have ways of their own.
+    std::string longer;
+    for (int i = 0; i < 80; ++i) {
+        longer += static_cast<char>(0x55 + 37 * i % 171);
+        const std::vector<char> exact(longer.c_str(), longer.c_str() + longer.size() + 1);
+        EXPECT_EQ(ut_ghash_string_key(0, Slot(exact.data()).address()),
+                  ut_hash_n_bytes(0xFFFFFFFF, exact.size(), exact.data()))
+            << longer.size();
+    }
     const Slot null(nullptr);
     EXPECT_EQ(ut_ghash_stringi_key(0, null.address()), ut_ghash_stringi_key(0, empty.address()));
 }
