@@ -36,7 +36,8 @@ void dispose_of_key(void* table, void* node) {
 }
 
 // What ut_ghash_copy_string_key does, without a guard for the node.
-void copy_text(const ut_ghash_table& table, ut_ghash_node* node, const void* key) {
+[[gnu::noinline]] void copy_text(const ut_ghash_table& table, ut_ghash_node* node,
+                                 const void* key) {
     const char* const text = text_in(key);
     char* copy = nullptr;
     if (text != nullptr) [[likely]] {
@@ -52,13 +53,31 @@ void copy_text(const ut_ghash_table& table, ut_ghash_node* node, const void* key
     std::memcpy(stored_key(node), &copy, sizeof copy);
 }
 
+// The copies with a guard, kept out of the functions below: most tables need none.
+[[gnu::noinline]] void copy_key_guarded(const ut_ghash_table& table, ut_ghash_node* node,
+                                        const void* key) {
+    CleanupGuard guard(table.mem_ctx->error_context, &node, table.mem_ctx, free_through);
+    copy_key(table, stored_key(node), key);
+    guard.release();
+}
+[[gnu::noinline]] void copy_data_guarded(ut_ghash_table& table, ut_ghash_node* node,
+                                         const void* data) {
+    CleanupGuard guard(table.mem_ctx->error_context, &node, &table, dispose_of_key);
+    copy_data(table, stored_data(table, node), data);
+    guard.release();
+}
+
+[[noreturn, gnu::noinline]] void raise_out_of_memory(const ut_ghash_table& table) {
+    ut_error(table.mem_ctx->error_context, UT_OUT_OF_MEMORY);
+}
+
 // A node with its key that no link points to yet.
-ut_ghash_node* new_node(ut_ghash_table& table, uint32_t hash, const void* key) {
-    _memory_context* const memory = table.mem_ctx;
-    if (table.count == std::numeric_limits<int32_t>::max()) {
-        ut_error(memory->error_context, UT_OUT_OF_MEMORY);
-    }
-    auto* node = static_cast<ut_ghash_node*>(ut_mem_alloc(memory, table.node_size));
+inline ut_ghash_node* new_node(ut_ghash_table& table, uint32_t hash, const void* key) {
+    if (table.count == std::numeric_limits<int32_t>::max()) [[unlikely]]
+        raise_out_of_memory(table);
+    auto* const node = static_cast<ut_ghash_node*>(table.mem_ctx->allocate(table.node_size));
+    if (node == nullptr) [[unlikely]]
+        raise_out_of_memory(table);
     node->next = nullptr;
     node->hash = hash;
     if (table.copy_key_fn == ghash_default::copy_word) {
@@ -66,15 +85,13 @@ ut_ghash_node* new_node(ut_ghash_table& table, uint32_t hash, const void* key) {
     } else if (table.copy_key_fn == ut_ghash_copy_string_key) {
         copy_text(table, node, key);
     } else {
-        CleanupGuard guard(memory->error_context, &node, memory, free_through);
-        copy_key(table, stored_key(node), key);
-        guard.release();
+        copy_key_guarded(table, node, key);
     }
     return node;
 }
 
 // Makes a new node part of the table, which may resize it: the place is used up.
-void link_node(ut_ghash_table& table, const Place& place, ut_ghash_node* node) {
+inline void link_node(ut_ghash_table& table, const Place& place, ut_ghash_node* node) {
     *place.link = node;
     ++table.count;
     if (table.count > table.upper_count) [[unlikely]]
@@ -89,14 +106,13 @@ Entry find_or_make(ut_ghash_table& table, const void* key) {
     return {node, false};
 }
 
-Entry make_with_data(ut_ghash_table& table, const Place& place, const void* key, const void* data) {
-    ut_ghash_node* node = new_node(table, place.hash, key);
+inline Entry make_with_data(ut_ghash_table& table, const Place& place, const void* key,
+                            const void* data) {
+    ut_ghash_node* const node = new_node(table, place.hash, key);
     if (table.copy_data_fn == ghash_default::copy_word) {
         copy_word(stored_data(table, node), data);
     } else {
-        CleanupGuard guard(table.mem_ctx->error_context, &node, &table, dispose_of_key);
-        copy_data(table, stored_data(table, node), data);
-        guard.release();
+        copy_data_guarded(table, node, data);
     }
     link_node(table, place, node);
     return {node, false};
@@ -186,7 +202,9 @@ bool ut_ghash_insert_key(ut_ghash_table* table, const void* key, void** out_key,
 }
 
 bool ut_ghash_insert(ut_ghash_table* table, const void* key, const void* data) {
-    return find_or_make(*table, key, data).existed;
+    const Place place = find_place(*table, key);
+    if (place.node != nullptr) return true;
+    return make_with_data(*table, place, key, data).existed;
 }
 
 bool ut_ghash_query_insert(ut_ghash_table* table, const void* key, const void* data, void* out) {

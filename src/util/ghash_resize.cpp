@@ -10,6 +10,7 @@
 // Tested by tests/util/ghash_test.cpp.
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <qxut/util/error.h>
 
@@ -70,22 +71,22 @@ ut_ghash_node** try_new_buckets(const _memory_context& memory, int32_t size) {
 }
 
 // The nodes of a table in traversal order, with the reads of nodes to come under way: in a large
-// table each would otherwise wait for memory.
+// table each would otherwise wait for memory. Chains are gathered a block of buckets ahead, without
+// a branch on which of them are empty, since nobody foresees that.
 class PrefetchingWalk {
   public:
-    explicit PrefetchingWalk(const ut_ghash_table& table) : table_(table) {
-        const int32_t first = table.num_buckets < kAhead ? table.num_buckets : kAhead;
-        for (int32_t i = 0; i < first; ++i) __builtin_prefetch(table.buckets[i]);
-    }
+    explicit PrefetchingWalk(const ut_ghash_table& table) : table_(table) { gather(); }
+    PrefetchingWalk(const PrefetchingWalk&) = delete;
+    PrefetchingWalk& operator=(const PrefetchingWalk&) = delete;
 
     // Null at the end. The link of the node may be changed afterwards.
     ut_ghash_node* next() {
-        while (next_ == nullptr) {
-            if (++bucket_ >= table_.num_buckets) return nullptr;
-            if (table_.num_buckets - bucket_ > kAhead) {
-                __builtin_prefetch(table_.buckets[bucket_ + kAhead]);
+        if (next_ == nullptr) {
+            while (taken_ == now_->size) {
+                if (ahead_->size == 0 && bucket_ == table_.num_buckets) return nullptr;
+                gather();
             }
-            next_ = table_.buckets[bucket_];
+            next_ = now_->chains[taken_++];
         }
         ut_ghash_node* const node = next_;
         next_ = node->next;
@@ -93,11 +94,35 @@ class PrefetchingWalk {
     }
 
   private:
-    static constexpr int32_t kAhead = 24;
+    static constexpr int32_t kBlock = 32;
+    struct Chains {
+        size_t size = 0;
+        ut_ghash_node* chains[kBlock];
+    };
+
+    // What is ahead is next; the chains of the next buckets are ahead.
+    void gather() {
+        std::swap(now_, ahead_);
+        taken_ = 0;
+        const int32_t left = table_.num_buckets - bucket_;
+        const int32_t end = bucket_ + (left < kBlock ? left : kBlock);
+        size_t size = 0;
+        for (; bucket_ < end; ++bucket_) {
+            ut_ghash_node* const chain = table_.buckets[bucket_];
+            __builtin_prefetch(chain);
+            ahead_->chains[size] = chain;
+            size += static_cast<size_t>(chain != nullptr);
+        }
+        ahead_->size = size;
+    }
 
     const ut_ghash_table& table_;
-    int32_t bucket_ = -1;
+    int32_t bucket_ = 0;
+    size_t taken_ = 0;
     ut_ghash_node* next_ = nullptr;
+    Chains blocks_[2];
+    Chains* now_ = &blocks_[0];
+    Chains* ahead_ = &blocks_[1];
 };
 
 // Puts nodes in front of their chains in a new vector. A node waits a few turns between the moment
