@@ -54,6 +54,10 @@ struct ProcessMemory {
 // False when the operating system does not tell; nothing is stored then. Allocates nothing.
 bool read_process_memory(ProcessMemory& memory) noexcept;
 
+// The encoding of the locale that the host set for LC_CTYPE, such as "EUC-JP"; valid until the host
+// sets another one.
+const char* code_page_name() noexcept;
+
 }  // namespace qxut::platform
 
 #endif

@@ -4,8 +4,8 @@
 //   1. the process default record is made in its holder and becomes the current record;
 //   2. the built-in message tables are registered with it, one reference of the library's own;
 //   3. the built-in Japanese texts are added under "ja".
-// Unloading, or the end of the process: the tables lose the library's reference, then the holder
-// clears the record. Nothing is allocated then.
+// Unloading, or the end of the process: the converters that threads have kept are closed, the
+// tables lose the library's reference, then the holder clears the record. Nothing is allocated then.
 //
 // No other file of the library has work to do at these times: there are no global constructors,
 // no thread-local destructors and no exit handlers that would outlive the code they call.
@@ -18,6 +18,7 @@
 #include <qxut/system/termination.hpp>
 #include <qxut/util/contexts.hpp>
 
+#include "i18n/unloading.h"
 #include "platform/loader.h"
 #include "util/builtin_tables.h"
 
@@ -81,6 +82,7 @@ void library_loaded() {
 
 void library_unloading() {
     if (state != State::loaded) return;
+    close_thread_converters();
     remove_messages(*default_holder->get());
     default_holder->~BasicContextsHolder();
     default_holder = nullptr;

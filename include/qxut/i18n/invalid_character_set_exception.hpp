@@ -2,29 +2,22 @@
 #ifndef QXUT_I18N_INVALID_CHARACTER_SET_EXCEPTION_HPP
 #define QXUT_I18N_INVALID_CHARACTER_SET_EXCEPTION_HPP
 
-#include <exception>
-
-#include <qxut/util/export.h>
+#include <qxut/system/throwable.hpp>
 
 namespace Quorvanix::I18N {
 
-// what() is "Unknown character set: " and the name, cut after 100 bytes. Copies share nothing and
-// allocate nothing.
-class QXUT_API InvalidCharacterSetException : public std::exception {
+// The text is "Unknown character set: " and the name, cut after 100 bytes.
+class QXUT_API InvalidCharacterSetException : public Quorvanix::System::UserException {
   public:
-    explicit InvalidCharacterSetException(const char* name) noexcept;
-    InvalidCharacterSetException(const InvalidCharacterSetException&) noexcept;
-    InvalidCharacterSetException& operator=(const InvalidCharacterSetException&) noexcept;
+    // Null counts as empty. Throws std::bad_alloc when there is no memory.
+    explicit InvalidCharacterSetException(const char* name);
+    InvalidCharacterSetException(const InvalidCharacterSetException&) noexcept = default;
+    InvalidCharacterSetException& operator=(const InvalidCharacterSetException&) noexcept = default;
     ~InvalidCharacterSetException() override;
 
-    const char* what() const noexcept override;
-    // The name, cut as in the message.
+    const char* className() const noexcept override;
+    // The name, cut as in the text; lives as long as the exception or a copy of it.
     const char* name() const noexcept;
-
-  private:
-    static constexpr int kPrefixLength = 23;
-    static constexpr int kLongestName = 100;
-    char text_[kPrefixLength + kLongestName + 1];
 };
 
 }  // namespace Quorvanix::I18N
