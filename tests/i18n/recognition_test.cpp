@@ -1,11 +1,14 @@
 // Encodings told by bytes: marks, wide forms, UTF-8 in whole and cut off, legacy encodings.
+#include <qxut/i18n/encodings.hpp>
 #include <qxut/i18n/recognition.hpp>
 
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -78,6 +81,17 @@ TEST(Recognition, ACutCharacterAtTheEnd) {
     std::string text(kRecognitionSize - 1, 'a');
     text += "\xC3\xA9\xFF";
     EXPECT_EQ(recognize(text.data(), text.size()).name, "UTF-8");
+}
+
+TEST(Encodings, EachNameOpensAConverter) {
+    const std::vector<std::string> names = Quorvanix::I18N::encodingNames();
+    for (const std::string& name : names) {
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_close(ucnv_open(name.c_str(), &status));
+        EXPECT_TRUE(U_SUCCESS(status)) << name;
+    }
+    for (const char* name : {"UTF-8", "Shift_JIS", "windows-1252", "KOI8-R"})
+        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <qxut/i18n/invalid_character_set_exception.hpp>
+
 namespace {
 
 using Quorvanix::I18N::Utf8String;
@@ -74,9 +76,18 @@ TEST(Utf8String, FormsOfOneText) {
               Utf8String(u8"\uFFFD\uFFFD\U0010FFFF\uFFFD"));
 }
 
+TEST(Utf8String, EncodingsByName) {
+    const Utf8String text = Utf8String::fromEncoding("Shift_JIS", "\x90\x85\x91\x66\x81\x45H");
+    EXPECT_EQ(text, Utf8String(u8"水素・H"));
+    EXPECT_EQ(text.toEncoding("Shift_JIS"), "\x90\x85\x91\x66\x81\x45H");
+    EXPECT_EQ(Utf8String(u8"é").toEncoding("ISO-8859-1"), "\xE9");
+    EXPECT_EQ(Utf8String::fromEncoding("Shift_JIS", ""), Utf8String());
+    EXPECT_THROW(text.toEncoding("no such"), Quorvanix::I18N::InvalidCharacterSetException);
+}
+
 TEST(Utf8String, CopiesShareTheBytes) {
     const Utf8String text(u8"shared, and long enough to be on the heap");
-    const Utf8String copy = text;
+    const Utf8String copy(text);  // NOLINT(performance-unnecessary-copy-initialization): is tested
     EXPECT_EQ(copy.c_str(), text.c_str());
     EXPECT_EQ((text + Utf8String()).c_str(), text.c_str());
     EXPECT_EQ(text.substr(0).c_str(), text.c_str());

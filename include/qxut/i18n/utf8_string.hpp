@@ -42,6 +42,9 @@ class Utf8String {
     QXUT_API static Utf8String repaired(std::string_view bytes);
     QXUT_API static Utf8String fromUtf16(std::u16string_view units);
     QXUT_API static Utf8String fromCodePoints(std::u32string_view characters);
+    // From the encoding of an ICU converter name; null is the thread's default. What is ill-formed
+    // becomes U+FFFD. Throws InvalidCharacterSetException, and std::length_error above 1 GB.
+    QXUT_API static Utf8String fromEncoding(const char* encoding, std::string_view bytes);
 
     // --- the other forms ---
     std::string_view view() const noexcept {
@@ -50,6 +53,8 @@ class Utf8String {
     const char* c_str() const noexcept { return view().data(); }
     QXUT_API std::u16string toUtf16() const;
     QXUT_API std::u32string toCodePoints() const;
+    // What the encoding lacks becomes its substitute. Throws as fromEncoding.
+    QXUT_API std::string toEncoding(const char* encoding) const;
 
     size_t size() const noexcept { return view().size(); }
     bool empty() const noexcept { return bytes_ == nullptr; }
