@@ -1,0 +1,114 @@
+#!/usr/bin/env python3
+"""qxconv_test.py PROGRAM: what qxconv writes, says and leaves behind, by exit status."""
+import os
+import resource
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else "qxconv"
+TEXT = "番号,名前\n1,水素\n2,ヘリウム\n3,リチウム\n4,ベリリウム\n5,ホウ素\n6,炭素\n"
+
+
+class Qxconv(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+
+    def path(self, name, contents=None):
+        path = os.path.join(self.folder.name, name)
+        if contents is not None:
+            with open(path, "wb") as file:
+                file.write(contents)
+        return path
+
+    def run_tool(self, *arguments, status=0, source=b"", **more):
+        done = subprocess.run([PROGRAM, *arguments], input=source, capture_output=True, timeout=120, **more)
+        self.assertEqual(done.returncode, status, (arguments, done.stderr))
+        return done
+
+    def contents(self, path):
+        with open(path, "rb") as file:
+            return file.read()
+
+    def test_streams(self):
+        for encoding in ("shift_jis", "euc_jp", "utf-16", "utf-8-sig", "utf-32"):
+            done = self.run_tool("-t", "UTF-8", source=TEXT.encode(encoding))
+            self.assertEqual(done.stdout.decode(), TEXT, encoding)
+        done = self.run_tool("-f", "UTF-8", "-t", "Shift_JIS", "-", source=TEXT.encode())
+        self.assertEqual(done.stdout, TEXT.encode("shift_jis"))
+        self.assertEqual(self.run_tool("-t", "UTF-16LE").stdout, b"")
+
+    def test_files_one_after_the_other(self):
+        first = self.path("first", TEXT.encode("shift_jis"))
+        second = self.path("second", TEXT.encode("utf-16"))
+        out = self.path("out")
+        self.run_tool("-t", "UTF-8", "-o", out, first, second)
+        self.assertEqual(self.contents(out).decode(), TEXT + TEXT)
+        self.assertEqual(sorted(os.listdir(self.folder.name)), ["first", "out", "second"])
+
+    def test_replaces_its_own_input(self):
+        path = self.path("data", TEXT.encode("shift_jis"))
+        os.chmod(path, 0o640)
+        link = self.path("link")
+        os.symlink("data", link)
+        self.run_tool("-f", "Shift_JIS", "-t", "UTF-8", "-o", link, path)
+        self.assertTrue(os.path.islink(link))
+        self.assertEqual(self.contents(path).decode(), TEXT)
+        self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o640)
+
+    def test_what_cannot_be_converted(self):
+        source = "a水b".encode() + b"\xff" + b"c"
+        common = ("-f", "UTF-8", "-t", "ISO-8859-1")
+        done = self.run_tool(*common, source=source, status=1)
+        self.assertEqual(done.stdout, b"a\x1ab\x1ac")
+        self.assertIn(b"2 substituted", done.stderr)
+        done = self.run_tool(*common, "--invalid=escape", source=source, status=1)
+        self.assertEqual(done.stdout, b"a\\u6C34b\\xFFc")
+        done = self.run_tool(*common, "--invalid=stop", source=source, status=2)
+        self.assertIn(b"U+6C34 at byte 1", done.stderr)
+        done = self.run_tool("-f", "UTF-8", "-t", "UTF-16", "--invalid=stop", source=source, status=2)
+        self.assertIn(b"byte 5 is not well-formed", done.stderr)
+
+    def test_a_failure_leaves_the_output_alone(self):
+        out = self.path("out", b"old")
+        bad = self.path("bad", b"good" * 100000 + b"\xff")
+        self.run_tool("-f", "UTF-8", "-t", "UTF-16", "--invalid=stop", "-o", out, bad, status=2)
+        self.run_tool("-f", "UTF-8", "-t", "UTF-16", "-o", out, bad, self.path("none"), status=3)
+        self.run_tool("-f", "UTF-8", "-t", "UTF-16", "-o", out, self.folder.name, status=3)
+        self.run_tool("-f", "no such", "-t", "UTF-16", "-o", out, bad, status=4)
+        self.run_tool("-f", "UTF-8", "-o", out, bad, status=4)
+        self.run_tool("-t", "UTF-8", "--invalid=ignore", bad, status=4)
+        self.assertEqual(self.contents(out), b"old")
+        self.assertEqual(sorted(os.listdir(self.folder.name)), ["bad", "out"])
+        self.run_tool("-t", "UTF-8", "-o", self.path("none/out"), bad, status=3)
+
+    def test_full_device(self):
+        source = self.path("source", b"x" * 300000)
+        self.run_tool("-f", "UTF-8", "-t", "UTF-16", "-o", "/dev/full", source, status=3)
+        self.run_tool("-f", "UTF-8", "-t", "UTF-16", "-o", "/dev/null", source)
+
+    def test_list(self):
+        names = self.run_tool("--list").stdout.decode().split("\n")
+        for name in ("UTF-8", "Shift_JIS", "windows-1252", "ISO-8859-1"):
+            self.assertIn(name, names)
+
+    def test_long_file_in_bounded_memory(self):
+        sanitized = b"__asan_init" in self.contents(PROGRAM) or b"__tsan_init" in self.contents(PROGRAM)
+        block = (TEXT * 1000).encode("shift_jis")
+        source = self.path("source")
+        count = 100 * 1024 * 1024 // len(block)
+        with open(source, "wb") as file:
+            for _ in range(count):
+                file.write(block)
+        out = self.path("out")
+        limit = 160 * 1024 * 1024
+        bound = None if sanitized else lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit))
+        self.run_tool("-t", "UTF-8", "-o", out, source, preexec_fn=bound)
+        self.assertEqual(os.path.getsize(out), count * len(TEXT.encode()) * 1000)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,70 @@
+// output_file.cpp - see output_file.h. Tested by tests/tools/qxconv_test.py.
+#include "output_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace qxconv {
+
+namespace fs = std::filesystem;
+
+OutputFile::OutputFile(const fs::path& path) : path_(path) {
+    std::error_code ignored;
+    if (path.empty()) {
+        file_ = stdout;
+    } else if (fs::exists(path, ignored) && !fs::is_regular_file(path, ignored)) {
+        file_ = std::fopen(path.c_str(), "wb");
+    } else {
+        // A link keeps pointing to the file that is replaced.
+        const fs::path target = fs::weakly_canonical(path, ignored);
+        if (!target.empty()) path_ = target;
+        constexpr int kTries = 1000;
+        for (int i = 0; i < kTries && file_ == nullptr; ++i) {
+            temporary_ = path_;
+            temporary_ += ".qxconv-" + std::to_string(i);
+            file_ = std::fopen(temporary_.c_str(), "wbx");
+            if (file_ == nullptr && errno != EEXIST) break;
+        }
+    }
+    if (file_ == nullptr) {
+        temporary_.clear();
+        fail("cannot be written");
+    }
+}
+
+OutputFile::~OutputFile() {
+    if (file_ != nullptr && file_ != stdout) std::fclose(file_);
+    std::error_code ignored;
+    if (!temporary_.empty()) fs::remove(temporary_, ignored);
+}
+
+void OutputFile::fail(const char* what) const {
+    const std::string reason = std::strerror(errno);
+    throw std::runtime_error((path_.empty() ? "standard output" : path_.string()) + " " + what +
+                             ": " + reason);
+}
+
+void OutputFile::write(const char* bytes, size_t size) {
+    if (std::fwrite(bytes, 1, size, file_) != size) fail("cannot be written");
+}
+
+void OutputFile::commit() {
+    if (std::fflush(file_) != 0) fail("cannot be written");
+    if (file_ == stdout) return;
+    std::FILE* const file = file_;
+    file_ = nullptr;
+    if (std::fclose(file) != 0) fail("cannot be written");
+    if (temporary_.empty()) return;
+    std::error_code problem;
+    const fs::file_status before = fs::status(path_, problem);
+    if (fs::exists(before)) fs::permissions(temporary_, before.permissions(), problem);
+    fs::rename(temporary_, path_, problem);
+    if (problem)
+        throw std::runtime_error(path_.string() + " cannot be replaced: " + problem.message());
+    temporary_.clear();
+}
+
+}  // namespace qxconv

@@ -1,0 +1,37 @@
+// output_file.h - a file that appears whole or not at all.
+//
+// What is written goes to a temporary file in the same folder; commit gives it the name that was
+// asked for, over what had it before, whose permissions it takes. Without commit it is removed.
+// What is no plain file, such as a device, is written directly, as is standard output.
+#ifndef QXCONV_OUTPUT_FILE_H
+#define QXCONV_OUTPUT_FILE_H
+
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+
+namespace qxconv {
+
+class OutputFile {
+  public:
+    // An empty path is standard output. Throws std::runtime_error, here and below, with a text that
+    // names the file.
+    explicit OutputFile(const std::filesystem::path& path);
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile();
+
+    void write(const char* bytes, size_t size);
+    void commit();
+
+  private:
+    [[noreturn]] void fail(const char* what) const;
+
+    std::filesystem::path path_;
+    std::filesystem::path temporary_;  // empty: there is none
+    std::FILE* file_ = nullptr;
+};
+
+}  // namespace qxconv
+
+#endif
