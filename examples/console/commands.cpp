@@ -9,6 +9,7 @@
 
 #include "columns.h"
 #include "counting_heap.h"
+#include "encodings.h"
 #include "guard.h"
 #include "lexer.h"
 #include "machine.h"
@@ -55,6 +56,20 @@ void run_group(Session& session, const Command&, Lexer& rest) {
     const Guard free_machine(machine);
     parse_group(rest, program);
     machine.run(program);
+}
+
+void run_convert(Session& session, const Command& self, Lexer& rest) {
+    const char* from = word(rest, self);
+    const char* to = word(rest, self);
+    const char* encoding = word(rest, self);
+    no_more(rest, self);
+    Array<char> source;
+    const Guard free_source(source);
+    session.resolve(from, source);
+    Array<char> target;
+    const Guard free_target(target);
+    session.resolve(to, target);
+    convert_file(source.begin(), target.begin(), to, encoding);
 }
 
 void run_language(Session&, const Command& self, Lexer& rest) {
@@ -140,6 +155,7 @@ void run_quit(Session& session, const Command& self, Lexer& rest) {
 constexpr Command kCommands[] = {
     {"load", "load \"file.csv\"", run_load},
     {"group", "group EXPRESSION, ... by EXPRESSION", run_group},
+    {"convert", "convert \"file\" \"new file\" encoding", run_convert},
     {"language", "language English | language ja", run_language},
     {"warning", "warning on|off|error [identifier]", run_warning},
     {"transcript", "transcript \"file\" | transcript off", run_transcript},

@@ -6,7 +6,6 @@
 #include "csv.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include <qxut/util/contexts.h>
@@ -26,25 +25,15 @@ char* find(char* begin, char* end, char wanted) {
 
 void CsvReader::open(const char* path) {
     path_ = path;
-    file_ = std::fopen(path, "rb");
-    if (file_ == nullptr)
-        raise(errno == ENOENT ? Message::file_not_found : Message::file_unreadable, path);
-    // A file with a size can be read again; a pipe has none.
-    if (std::fseek(file_, 0, SEEK_END) == 0) {
-        const long size = std::ftell(file_);
-        total_ = size > 0 ? static_cast<uint64_t>(size) : 0;
-        std::rewind(file_);
-    }
-    std::setvbuf(file_, nullptr, _IONBF, 0);  // whole blocks are read here
+    file_.open(path);
     buffer_ = static_cast<char*>(ut_mem_alloc(utGetMemoryContext(), kLongestRow + 1));
     next_ = end_ = buffer_;
     *end_ = '\0';
     fill();
-    if (std::strncmp(buffer_, "\xEF\xBB\xBF", 3) == 0) next_ += 3;
 }
 
 void CsvReader::clear() {
-    if (file_ != nullptr) std::fclose(file_);
+    file_.clear();
     ut_mem_free(utGetMemoryContext(), buffer_);
     *this = CsvReader();
 }
@@ -60,8 +49,7 @@ bool CsvReader::fill() {
     const auto kept = static_cast<size_t>(end_ - next_);
     if (kept == kLongestRow) raise(Message::csv_row_too_long, path_, row_, kLongestRow);
     std::memmove(buffer_, next_, kept);
-    const size_t read = std::fread(buffer_ + kept, 1, kLongestRow - kept, file_);
-    if (read == 0 && std::ferror(file_) != 0) raise(Message::file_unreadable, path_);
+    const size_t read = file_.read(buffer_ + kept, kLongestRow - kept);
     next_ = buffer_;
     end_ = buffer_ + kept + read;
     *end_ = '\0';

@@ -1,15 +1,15 @@
 // csv.h - reads a file of comma-separated values row by row, in constant memory.
 //
 // Cells may be quoted; a quoted cell may hold commas, line ends and doubled quotes. Rows end in
-// LF or CRLF; empty lines and a UTF-8 byte order mark at the start are skipped. Blanks around a
-// cell that is not quoted do not belong to it. Rows are numbered by the line of the file that
-// they begin in, from 1.
+// LF or CRLF; empty lines are skipped. The file may be in any encoding that is recognised. Blanks
+// around a cell that is not quoted do not belong to it. Rows are numbered by the line of the file
+// that they begin in, from 1.
 #ifndef CONSOLE_CSV_H
 #define CONSOLE_CSV_H
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+#include "text_file.h"
 
 namespace console {
 
@@ -42,7 +42,7 @@ class CsvReader {
     size_t row() const { return row_; }        // of the file, from 1
     size_t column() const { return column_; }  // of the cell taken last, from 1
 
-    uint64_t bytes_total() const { return total_; }  // of the file; 0: unknown, a pipe
+    uint64_t bytes_total() const { return file_.size(); }  // of the file; 0: unknown, a pipe
 
   private:
     bool fill();
@@ -52,7 +52,7 @@ class CsvReader {
     // buffer: [ rows that were read | current row NUL | next rows ... | NUL ]
     //                                 ^cell_            ^next_          ^end_
     const char* path_ = nullptr;
-    std::FILE* file_ = nullptr;
+    TextFile file_;
     char* buffer_ = nullptr;
     char* next_ = nullptr;     // start of the row after the current one
     char* end_ = nullptr;      // end of what was read from the file
@@ -61,7 +61,6 @@ class CsvReader {
     size_t row_ = 0;
     size_t lines_ = 0;  // that the rows so far span
     size_t column_ = 0;
-    uint64_t total_ = 0;
 };
 
 }  // namespace console

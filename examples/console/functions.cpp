@@ -12,6 +12,7 @@
 #include <qxut/util/sort.h>
 
 #include "checksums.h"
+#include "encodings.h"
 #include "machine.h"
 #include "messages.h"
 #include "sets.h"
@@ -251,6 +252,8 @@ constexpr Function kFunctions[] = {
     {"intersection", "intersection(x, y)", 2, 2, run_intersection, nullptr},
     {"difference", "difference(x, y)", 2, 2, run_difference, nullptr},
     {"crc", "crc(\"file\")", 1, 1, run_crc, nullptr},
+    {"detect", "detect(\"file\")", 1, 1, run_detect, nullptr},
+    {"classify", "classify(\"text\")", 1, 1, run_classify, nullptr},
     {"md5", "md5(\"file\")", 1, 1, run_md5, nullptr},
     one_number("abs", "abs(x)", [](double x) { return std::fabs(x); }),
     one_number("sqrt", "sqrt(x)", [](double x) { return std::sqrt(x); }),

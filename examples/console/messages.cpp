@@ -64,6 +64,8 @@ constexpr Entry kEntries[] = {
      "エラー: ファイル \"%1\" が見つかりません。"},
     {"FILE_UNREADABLE", "Error: The file \"%s\" cannot be opened, read or written.",
      "エラー: ファイル \"%1\" を開けないか、読み書きできません。"},
+    {"UNKNOWN_ENCODING", "Error: There is no encoding \"%s\".",
+     "エラー: 文字コード \"%1\" はありません。"},
     {"CSV_EMPTY", "Error: \"%s\" has no header row.", "エラー: \"%1\" に見出し行がありません。"},
     {"CSV_BAD_NUMBER", "Error: %s, row %zu, column %zu (\"%s\"): \"%s\" is not a number.",
      "エラー: %1 の %2 行 %3 列 (\"%4\"): \"%5\" は数値ではありません。"},
@@ -83,6 +85,8 @@ constexpr Entry kEntries[] = {
     {"ERROR_LINE", "%s:%d: %s [%s]", "%1 の %2 行目: %3 [%4]"},
     {"LOADED", "%s: rows %zu, columns of numbers %zu, of texts %zu",
      "%1: %2 行、数値の列 %3、文字列の列 %4"},
+    {"CONVERTED", "%s: %s to %s, %zu bytes, %zu characters substituted",
+     "%1: %2 から %3 へ変換、%4 バイト、置換 %5 文字"},
     {"ELAPSED", "%.3f ms", "%1 ミリ秒"},
     {"SYMBOL_NUMBER", "  %s: a number", "  %1: 数値"},
     {"SYMBOL_TEXT", "  %s: a text", "  %1: 文字列"},
@@ -100,7 +104,8 @@ constexpr Entry kEntries[] = {
      "  group expression, ... by expression      counts, sums and means\n"
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
-     "  union intersection difference          crc md5\n"
+     "  union intersection difference          crc md5          detect classify\n"
+     "  convert \"file\" \"new file\" encoding\n"
      "  language English|ja           warning on|off|error [identifier]\n"
      "  transcript \"file\"|off         echo on|off\n"
      "  time statement                repeat N statement              try statement\n"
@@ -111,7 +116,8 @@ constexpr Entry kEntries[] = {
      "  group 式, ... by 式           グループごとの個数、合計、平均\n"
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
-     "  union intersection difference          crc md5\n"
+     "  union intersection difference          crc md5          detect classify\n"
+     "  convert \"ファイル\" \"新ファイル\" 文字コード\n"
      "  language English|ja           warning on|off|error [識別子]\n"
      "  transcript \"ファイル\"|off     echo on|off\n"
      "  time 文                       repeat 回数 文                  try 文\n"

@@ -1,7 +1,7 @@
 // source.cpp - see source.h. Tested by tests/console.
 #include "source.h"
 
-#include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "messages.h"
@@ -10,14 +10,13 @@ namespace console {
 
 void Source::open_file(const char* path, const char* name) {
     name_ = name;
-    file_ = std::fopen(path, "rb");
-    if (file_ == nullptr)
-        raise(errno == ENOENT ? Message::file_not_found : Message::file_unreadable, path);
+    origin_ = Origin::file;
+    file_.open(path);
 }
 
 void Source::open_input(bool interactive) {
     name_ = "stdin";
-    file_ = stdin;
+    origin_ = Origin::input;
     interactive_ = interactive;
 }
 
@@ -28,11 +27,19 @@ void Source::open_text(const char* text, const char* name) {
 }
 
 void Source::clear() {
-    if (file_ != nullptr && file_ != stdin) std::fclose(file_);
+    file_.clear();
     *this = Source();
 }
 
-int Source::next_byte() { return file_ != nullptr ? std::getc(file_) : ut_bgetc(&text_); }
+int Source::next_byte() {
+    if (origin_ == Origin::input) return std::getc(stdin);
+    if (origin_ == Origin::file && ut_beof(&text_)) {
+        has_ended_ = true;  // unless reading succeeds
+        text_ = {block_, file_.read(block_, sizeof block_)};
+        has_ended_ = false;
+    }
+    return ut_bgetc(&text_);
+}
 
 bool Source::read_line(ut_dsbuffer* line) {
     if (has_ended_) return false;
@@ -40,7 +47,7 @@ bool Source::read_line(ut_dsbuffer* line) {
     while (inside_line_ && byte != '\n' && byte != EOF) byte = next_byte();
     if (inside_line_ && byte == '\n') byte = next_byte();
     inside_line_ = false;
-    if (file_ != nullptr && std::ferror(file_) != 0) {
+    if (origin_ == Origin::input && std::ferror(stdin) != 0) {
         has_ended_ = true;
         raise(Message::file_unreadable, name_);
     }

@@ -2,10 +2,10 @@
 #ifndef CONSOLE_SOURCE_H
 #define CONSOLE_SOURCE_H
 
-#include <cstdio>
-
 #include <qxut/util/bstream.h>
 #include <qxut/util/dsbuffer.h>
+
+#include "text_file.h"
 
 namespace console {
 
@@ -13,7 +13,8 @@ class Source {
   public:
     static constexpr int kLongestLine = 1024 * 1024;  // bytes
 
-    // The file is closed by clear, standard input excepted; the name is for messages. Names and
+    // A file may be in any encoding that is recognised, and is closed by clear; standard input is
+    // taken as UTF-8. The name is for messages. Names and
     // texts outlive the source.
     void open_file(const char* path, const char* name);  // raises FILE_NOT_FOUND, FILE_UNREADABLE
     void open_input(bool interactive);
@@ -32,8 +33,11 @@ class Source {
     int next_byte();
 
     const char* name_ = nullptr;
-    std::FILE* file_ = nullptr;  // null: a text
-    ut_bstream text_{};
+    enum class Origin { file, input, text };
+    Origin origin_ = Origin::text;
+    TextFile file_;
+    char block_[4096]{};  // of the file
+    ut_bstream text_{};   // the given text, or what of the block was not taken yet
     int line_ = 0;
     bool interactive_ = false;
     bool has_ended_ = false;    // by an error of the file
