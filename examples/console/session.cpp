@@ -209,7 +209,7 @@ void Session::execute(const char* text) {
         parse(statement, program);
     }
     const auto repetitions = static_cast<uint64_t>(std::clamp(order.repetitions, 0.0, 1e18));
-    for (uint64_t i = 0; i < repetitions; ++i) {
+    for (uint64_t i = 0; i < repetitions && !has_quit_; ++i) {
         utPollInterrupt(utGetErrorContext());
         if (order.command != nullptr) {
             Lexer words = statement;
