@@ -103,10 +103,11 @@ uint32_t remainder_of_9_to_32(const unsigned char* bytes, size_t n) {
         3,    4,    5,    6,    7,    8,    9,    10,   11,   12,   13,   14,   15};
     // The run stands at the end of two blocks, zero bytes in front of it. In a run below 16 all of
     // it is in the last block, and the first one moves out of sight.
-    const size_t below_16 = n < 16 ? 16 - n : 0;
-    const size_t second = n < 16 ? n - 8 : 8;
-    const __m128i start = _mm_set_epi64x(static_cast<int64_t>(load_little_endian_8(bytes + second)),
-                                         static_cast<int64_t>(load_little_endian_8(bytes)));
+    const auto above_16 = static_cast<int64_t>(n) - 16;
+    const auto below_16 = static_cast<size_t>(-above_16 & (above_16 >> 63));
+    const __m128i start =
+        _mm_set_epi64x(static_cast<int64_t>(load_little_endian_8(bytes + 8 - below_16)),
+                       static_cast<int64_t>(load_little_endian_8(bytes)));
     const __m128i first = _mm_shuffle_epi8(start, load_block(kMoveUp + n - 9));
     const uint64_t before_last_8 = load_little_endian_8(bytes + n + below_16 - 16)
                                    << (8 * below_16);

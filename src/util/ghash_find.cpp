@@ -12,7 +12,7 @@
 namespace qxut {
 namespace {
 
-Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
+[[gnu::noinline]] Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
     const uint32_t hash = table.hash_fn(*table.hash_ctx, key);
     return walk_chain(table, hash, [&table, hash, key](const ut_ghash_node* node) {
         return node->hash == hash &&
@@ -20,7 +20,7 @@ Place find_by_callbacks(const ut_ghash_table& table, const void* key) {
     });
 }
 
-Place find_text(const ut_ghash_table& table, const void* key) {
+[[gnu::noinline]] Place find_text(const ut_ghash_table& table, const void* key) {
     const char* const text = text_in(key);
     const uint32_t hash = hash_slot_text(text, std::strlen(text) + 1);
     Place place = walk_to_tag(table, hash, hash,
