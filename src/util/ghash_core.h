@@ -114,25 +114,35 @@ inline T* choose(uint64_t a, uint64_t b, T* equal, T* different) {
 
 inline uint64_t as_word(const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); }
 
-// Walks the chain of `hash` to the first node of which tag_of(node) is `tag`, a number that can be
-// read from any node.
-//
-// How far a random key has to walk no branch predictor knows, and a wrong guess is noticed only
-// when the node has come from memory: until then the processor prepares nothing of use. Hence the
-// first step, past a node that is another one, is made without a branch. Few walks are longer.
+// One step along a chain, past a node of which tag_of(node) is not `tag`, a number that can be
+// read from any node; no step where there is no such node. Without a branch: how far a random key
+// has to walk no branch predictor knows, and a wrong guess is noticed only when the node has come
+// from memory; until then the processor prepares nothing of use.
 template <class TagOf>
+inline ut_ghash_node** step_past_other(ut_ghash_node** link, uint64_t tag, const TagOf& tag_of) {
+    ut_ghash_node* const node = choose(as_word(*link), 0, &no_node.node, *link);
+    ut_ghash_node** const next = choose(tag_of(node), tag, link, &node->next);
+    return choose(as_word(*link), 0, link, next);
+}
+
+// Walks the chain of `hash` to the first node with the tag. Few walks are longer than the steps
+// that are made without a branch: two suit keys that may be absent, one is enough for a key that
+// is there.
+enum class Expected { anything, presence };
+
+template <Expected expected, class TagOf>
 inline Place walk_to_tag(const ut_ghash_table& table, uint32_t hash, uint64_t tag,
                          const TagOf& tag_of) {
-    ut_ghash_node** const first = &table.buckets[bucket_of(hash, table.num_buckets)];
-    ut_ghash_node* const node = choose(as_word(*first), 0, &no_node.node, *first);
-    ut_ghash_node** link = choose(tag_of(node), tag, first, &node->next);
-    link = choose(as_word(*first), 0, first, link);
+    ut_ghash_node** link = &table.buckets[bucket_of(hash, table.num_buckets)];
+    link = step_past_other(link, tag, tag_of);
+    if constexpr (expected == Expected::anything) link = step_past_other(link, tag, tag_of);
     return walk_from(link, hash, [&](const ut_ghash_node* n) { return tag_of(n) == tag; });
 }
 
 // Words that are equal have equal hashes: nothing would be saved by comparing these first.
+template <Expected expected = Expected::anything>
 inline Place walk_to_word(const ut_ghash_table& table, uint32_t hash, uint64_t word) {
-    return walk_to_tag(table, hash, word, [](const ut_ghash_node* node) {
+    return walk_to_tag<expected>(table, hash, word, [](const ut_ghash_node* node) {
         uint64_t stored = 0;
         std::memcpy(&stored, stored_key(node), sizeof stored);
         return stored;
@@ -144,21 +154,23 @@ inline bool has_plain_words(const ut_ghash_table& table) {
     return table.hash_fn == ghash_default::hash_plain_word_by_folding;
 }
 
+template <Expected expected = Expected::anything>
 inline Place find_plain_word(const ut_ghash_table& table, const void* key) {
     uint64_t word = 0;
     std::memcpy(&word, key, sizeof word);
 #if defined(QXUT_CARRYLESS_MULTIPLICATION)
-    return walk_to_word(table, remainder_of_word(word), word);
+    return walk_to_word<expected>(table, remainder_of_word(word), word);
 #else
-    return walk_to_word(table, byte_steps_8(0, key), word);
+    return walk_to_word<expected>(table, byte_steps_8(0, key), word);
 #endif
 }
 
 // Finds a key of another kind (ghash_find.cpp).
 Place find_other(const ut_ghash_table& table, const void* key);
 
+template <Expected expected = Expected::anything>
 inline Place find_place(const ut_ghash_table& table, const void* key) {
-    return has_plain_words(table) ? find_plain_word(table, key) : find_other(table, key);
+    return has_plain_words(table) ? find_plain_word<expected>(table, key) : find_other(table, key);
 }
 
 // Calls visit(node) in traversal order until it returns false.

@@ -172,7 +172,7 @@ void restore_old(void* argument, void* node) {
 }
 
 bool remove(ut_ghash_table& table, const void* key, void* out) {
-    const Place place = find_place(table, key);
+    const Place place = find_place<Expected::presence>(table, key);
     ut_ghash_node* const node = place.node;
     if (node == nullptr) return false;
     tell_value(table, node, out);

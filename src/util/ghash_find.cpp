@@ -23,8 +23,8 @@ namespace {
 [[gnu::noinline]] Place find_text(const ut_ghash_table& table, const void* key) {
     const char* const text = text_in(key);
     const uint32_t hash = hash_slot_text(text, std::strlen(text) + 1);
-    Place place = walk_to_tag(table, hash, hash,
-                              [](const ut_ghash_node* node) -> uint64_t { return node->hash; });
+    Place place = walk_to_tag<Expected::presence>(
+        table, hash, hash, [](const ut_ghash_node* node) -> uint64_t { return node->hash; });
     while (place.node != nullptr && std::strcmp(text, text_in(stored_key(place.node))) != 0) {
         place = walk_from(&place.node->next, hash,
                           [hash](const ut_ghash_node* node) { return node->hash == hash; });
