@@ -18,7 +18,8 @@
  * `upper_count`, and a removal that brings it below `lower_count`, resize the bucket vector
  * towards a load of the geometric mean of the two load bounds, never below `min_buckets`. Where
  * memory runs out for that, the insertion or removal stands, nothing is raised, and the next one
- * tries again.
+ * tries again. A table that shrinks keeps the memory of its vector until it grows again, is emptied
+ * to another size, or is cleared; the memory of an entry goes back when the entry is removed.
  *
  * All memory comes from the table's memory context, whose OUT_OF_MEMORY every function that
  * allocates may raise; the table is then as it was. The record may point into itself: it may not
