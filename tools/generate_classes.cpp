@@ -142,23 +142,16 @@ void write_cases() {
     Numbering<std::pair<uint16_t, uint16_t>> numbering;
     Bytes cases;
     int32_t last = 0;
-    std::pair<int32_t, int32_t> caseless;  // the longest run without case in plane 0
     for (int32_t c = 0; c < kEnd; ++c) {
         const auto lower = distance(c, u_tolower(c));
         const auto upper = distance(c, u_toupper(c));
         const size_t number = numbering.number({lower, upper});
-        if (number != 0) {
-            if (c < 0x10000 && c - last > caseless.second - caseless.first)
-                caseless = {last + 1, c};
-            last = c;
-        }
+        if (number != 0) last = c;
         if (number > 255) give_up("there are too many distances between cases");
         cases.push_back(static_cast<uint8_t>(number));
     }
-    std::printf("// No character has case from here on, nor in the widest gap of plane 0.\n");
+    std::printf("// No character has case from here on.\n");
     std::printf("constexpr uint32_t kCasesEnd = 0x%X;\n", static_cast<unsigned>(last + 1));
-    std::printf("constexpr uint32_t kGapBegin = 0x%X;\n", static_cast<unsigned>(caseless.first));
-    std::printf("constexpr uint32_t kGapEnd = 0x%X;\n", static_cast<unsigned>(caseless.second));
     std::printf("constexpr CaseDistances kDistances[] = {\n");
     for (const auto& [lower, upper] : numbering.values()) std::printf("{%u,%u},\n", lower, upper);
     std::printf("};\n\n");

@@ -1018,10 +1018,8 @@ constexpr uint8_t kClassContents[] = {
 6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,6,15,15,15,15,15,15,15,15,15,15,15,15,15,15,15,15,
 };
 
-// No character has case from here on, nor in the widest gap of plane 0.
+// No character has case from here on.
 constexpr uint32_t kCasesEnd = 0x1E944;
-constexpr uint32_t kGapBegin = 0x2D2E;
-constexpr uint32_t kGapEnd = 0xA640;
 constexpr CaseDistances kDistances[] = {
 {0,0},
 {32,0},
