@@ -68,12 +68,14 @@ const Operation kListOperations[] = {
          model.push_back(element.value);
          ut_array_append(array, &element);
      }},
-    {"append an element of its own",
+    {"insert an element of its own",
      [](ut_array* array, Values& model, std::mt19937& random) {
          if (model.empty()) return;
          const auto i = static_cast<size_t>(pick(random, model.size()));
-         model.push_back(model[i]);
-         ut_array_append(array, ut_array_get(array, i));
+         const int64_t place = pick(random, model.size() + 1);
+         const int64_t value = model[i];
+         model.insert(model.begin() + place, value);
+         ut_array_insert(array, static_cast<uint64_t>(place), ut_array_get(array, i), 0);
      }},
     {"push",
      [](ut_array* array, Values& model, std::mt19937& random) {

@@ -85,72 +85,60 @@ void expect_out_of_memory(int32_t status, const utBasicContexts& record) {
 
 // --- initialising and clearing -----------------------------------------------------------------
 
-// `initialise` sets a record up on a heap whose k-th request fails, for every k in turn until
-// there is no k-th one; `live_blocks` counts what that heap has given and not got back.
-template <class Initialise, class LiveBlocks>
-void sweep(Initialise initialise, LiveBlocks live_blocks) {
-    for (const bool from_then_on : {false, true}) {
+// Every request of a start-up fails in turn; what was given comes back.
+TEST(BasicContexts, FailureAtEveryStepGivesEverythingBack) {
+    CountdownHeap heap;
+    for (const auto failure :
+         {CountdownHeap::Failure::once, CountdownHeap::Failure::from_then_on}) {
         bool reached_message_context = false;
         bool reached_try_frame = false;
-        for (size_t k = 0;; ++k) {
-            SCOPED_TRACE("allocation " + std::to_string(k) + " fails" +
-                         (from_then_on ? ", and all after it" : ""));
+        int32_t status = -1;
+        for (size_t k = 0; status != 0; ++k) {
+            SCOPED_TRACE("allocation " + std::to_string(k) + " fails");
             Storage storage;
-            const auto [status, failed] = initialise(storage.record, k, from_then_on);
-            if (!failed) {
-                EXPECT_EQ(status, 0);
+            std::string printed;
+            heap.fail_at(k, failure);
+            status = utInitializeBasicContexts_full(
+                &storage.record, throw_to_test, nullptr, CountdownHeap::allocate,
+                CountdownHeap::reallocate, CountdownHeap::release, append, &printed, append,
+                &printed);
+            // An error is reported where the host asked for it; a status has no such channel.
+            EXPECT_EQ(printed, status == UT_OUT_OF_MEMORY ? "Error: Out of memory.\n" : "");
+            EXPECT_EQ(status != 0, heap.has_failed());
+            if (status == 0) {
                 expect_fresh_error_text(storage.record);
-                utClearBasicContexts(&storage.record);
-                break;
+            } else {
+                expect_out_of_memory(status, storage.record);
+                EXPECT_EQ(heap.live_blocks(), 0u) << "not given back by the failure";
             }
-            ASSERT_NE(status, 0);
-            expect_out_of_memory(status, storage.record);
             reached_message_context |= status == UT_NO_MEMORY_FOR_MESSAGE_CONTEXT;
             reached_try_frame |= status == UT_OUT_OF_MEMORY;
-            EXPECT_EQ(live_blocks(), 0) << "not given back by the failure";
             utClearBasicContexts(&storage.record);
-            EXPECT_EQ(live_blocks(), 0);
+            EXPECT_EQ(heap.live_bytes(), 0u);
         }
-        EXPECT_TRUE(reached_message_context);
-        EXPECT_TRUE(reached_try_frame);
+        EXPECT_TRUE(reached_message_context && reached_try_frame);
     }
 }
 
-struct Outcome {
-    int32_t status;
-    bool failed;
-};
-
-TEST(BasicContexts, FailureAtEveryStepOfTheFullFormGivesEverythingBack) {
-    CountdownHeap heap;
-    sweep(
-        [&](utBasicContexts& record, size_t k, bool from_then_on) {
-            heap.fail_at(k, from_then_on ? CountdownHeap::Failure::from_then_on
-                                         : CountdownHeap::Failure::once);
-            std::string printed;
-            const int32_t status = utInitializeBasicContexts_full(
-                &record, throw_to_test, nullptr, CountdownHeap::allocate, CountdownHeap::reallocate,
-                CountdownHeap::release, append, &printed, append, &printed);
-            // An error is reported where the host asked for it; a status has no such channel.
-            EXPECT_EQ(printed, status == UT_OUT_OF_MEMORY ? "Error: Out of memory.\n" : "");
-            return Outcome{status, heap.has_failed()};
-        },
-        [&] { return static_cast<ptrdiff_t>(heap.live_blocks()); });
-    EXPECT_EQ(heap.live_bytes(), 0u);
-}
-
-TEST(BasicContexts, FailureAtEveryStepOfThePlainFormGivesEverythingBack) {
+TEST(BasicContexts, PlainFormWithoutMemoryGivesEverythingBack) {
     if (!qxut_test::kCanFailMalloc) GTEST_SKIP() << "the heap is the sanitizer's";
-    sweep(
-        [](utBasicContexts& record, size_t k, bool from_then_on) {
-            int32_t status = 0;
+    for (const bool from_then_on : {false, true}) {
+        int32_t status = -1;
+        for (size_t k = 0; status != 0; ++k) {
+            SCOPED_TRACE(k);
+            Storage storage;
             {
                 const FailingMalloc failing(k, from_then_on);
-                status = utInitializeBasicContexts(&record, throw_to_test, nullptr);
+                status = utInitializeBasicContexts(&storage.record, throw_to_test, nullptr);
             }
-            return Outcome{status, FailingMalloc::has_failed()};
-        },
-        [] { return FailingMalloc::live_blocks(); });
+            EXPECT_EQ(status != 0, FailingMalloc::has_failed());
+            if (status != 0) {
+                expect_out_of_memory(status, storage.record);
+                EXPECT_EQ(FailingMalloc::live_blocks(), 0);
+            }
+            utClearBasicContexts(&storage.record);
+        }
+    }
 }
 
 // A heap that explains itself at length in the record's error text before it refuses.
@@ -294,14 +282,6 @@ TEST(BasicContexts, RecordsAreInstalledAndRestored) {
     EXPECT_EQ(utGetBasicContexts(), standard);
     EXPECT_EQ(standard->throw_fcn, standard_throw);
     EXPECT_EQ(standard->throw_data, nullptr);
-}
-
-TEST(BasicContexts, HoldersAreIndependentOfTheCurrentRecord) {
-    utBasicContexts* const standard = utGetBasicContexts();
-    const BasicContextsHolder holder;
-    ASSERT_NE(holder.get(), nullptr);
-    EXPECT_NE(holder.get(), standard);
-    EXPECT_EQ(utGetBasicContexts(), standard);
 }
 
 // --- printing warnings -------------------------------------------------------------------------

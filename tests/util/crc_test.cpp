@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <qxut/util/crc_initializer.hpp>
@@ -100,19 +99,6 @@ TEST(Crc, InitialisationIsAlwaysDone) {
     EXPECT_NE(&crc_i, nullptr);
     [[maybe_unused]] const crc_initializer of_a_host;
     EXPECT_TRUE(init_crc_i());
-}
-
-TEST(Crc, SeveralThreads) {
-    const std::string bytes = random_bytes(5000);
-    const uint32_t expected = bitwise(0, bytes);
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int k = 0; k < 100; ++k) EXPECT_EQ(crc_of(0, bytes), expected);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

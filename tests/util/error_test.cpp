@@ -85,12 +85,6 @@ TEST_F(ErrorTest, CFramesAskHandlersThenRunItemsThenTransfer) {
     EXPECT_EQ(errors_->cleanup, 0u);
 }
 
-TEST_F(ErrorTest, CFramesWithoutErrorRunNoItem) {
-    c_client client{note, 0, 0, 2};
-    EXPECT_EQ(c_client_run(errors_, &client), 0u);
-    EXPECT_THAT(events, ElementsAre("nothing raised at 1", "inner returned to 0"));
-}
-
 TEST_F(ErrorTest, EveryHandlerGetsItsOwnArguments) {
     const auto consume = [](int result) {
         return [=](ut_message_code code, const char* identifier, va_list arguments) {
@@ -116,24 +110,15 @@ TEST_F(ErrorTest, EveryHandlerGetsItsOwnArguments) {
     EXPECT_EQ(code, UT_ERR_VALUE_OVERFLOW_TYPE);
 }
 
-// Each row raises UT_ERR_RETHROW in the inner one of two frames; the second error, UT_ERR_FATAL,
+// UT_ERR_RETHROW is raised in the inner one of two frames; the second error, UT_ERR_FATAL,
 // comes from a handler or an item. Both frames have an item, the inner one a second, older one.
 TEST_F(ErrorTest, SecondErrorFinishesThePendingUnwindingFirst) {
-    struct Case {
-        const char* raised_by;  // the event that raises
-        std::vector<const char*> events;
-    };
-    const Case cases[] = {
-        {"ask inner", {"ask inner", "inner", "older", "ask outer", "outer"}},
-        {"inner", {"ask inner", "inner", "older", "ask outer", "outer"}},
-        {"older", {"ask inner", "inner", "older", "ask outer", "outer"}},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.raised_by);
+    for (const std::string raised_by : {"ask inner", "inner", "older"}) {
+        SCOPED_TRACE(raised_by);
         events.clear();
         const auto raise_at = [&](const char* event) {
             return [&, event] {
-                if (std::string(event) == row.raised_by) ut_error(errors_, UT_ERR_FATAL);
+                if (event == raised_by) ut_error(errors_, UT_ERR_FATAL);
             };
         };
         const ut_message_code code = try_catch(
@@ -154,25 +139,9 @@ TEST_F(ErrorTest, SecondErrorFinishesThePendingUnwindingFirst) {
                       },
                       answer("ask outer", 1)});
         EXPECT_EQ(code, UT_ERR_FATAL);
-        EXPECT_EQ(events, std::vector<std::string>(row.events.begin(), row.events.end()));
+        EXPECT_THAT(events, ElementsAre("ask inner", "inner", "older", "ask outer", "outer"));
         EXPECT_EQ(errors_->unwind_target, nullptr);
     }
-}
-
-TEST_F(ErrorTest, ItemsThatAllRaiseAreEachRunOnce) {
-    const auto raise = [&] { ut_error(errors_, UT_ERR_FATAL); };
-    const auto body = [&] {
-        const Item c(errors_, "c", raise);
-        const Item b(errors_, "b", raise);
-        const Item a(errors_, "a", raise);
-        ut_error(errors_, UT_ERR_RETHROW, "");
-    };
-    EXPECT_EQ(try_catch(errors_, {[&] {
-                                      try_catch(errors_, {body, answer("ask inner", 1)});
-                                  },
-                                  answer("ask outer", 1)}),
-              UT_ERR_FATAL);
-    EXPECT_THAT(events, ElementsAre("ask inner", "a", "b", "c", "ask outer"));
 }
 
 TEST_F(ErrorTest, FaultAndIdentifier) {
@@ -191,28 +160,6 @@ TEST_F(ErrorTest, FaultAndIdentifier) {
                             return 1;
                         }});
     EXPECT_EQ(seen, "VELUMA:");
-}
-
-TEST_F(ErrorTest, LongIdentifierIsCut) {
-    const std::string mnemonic(5000, 'X');
-    const char* mnemonics[] = {mnemonic.c_str()};
-    const char* texts[] = {"text"};
-    const ut_message_code codes[] = {900 * 65536 + 1, UT_MESSAGE_CODES_END};
-    const ut_message_table table{1, 900, codes, mnemonics, texts, nullptr};
-    ut_mem_add_primary_message_table(&contexts_.memory, &table);
-    std::string seen;
-    try_catch(errors_, {[&] { ut_error(errors_, codes[0]); },
-                        [&](ut_message_code, const char* identifier, va_list) {
-                            seen = identifier;
-                            return 1;
-                        }});
-    EXPECT_EQ(seen, "VELUMA:" + std::string(2047 - 7, 'x'));
-    ut_mem_remove_primary_message_table(&contexts_.memory, &table);
-}
-
-TEST_F(ErrorTest, PrintingRaisesNothing) {
-    ut_error_print(errors_, UT_ERR_RETHROW, "just so you know");
-    EXPECT_EQ(contexts_.printed, "just so you know\n");
 }
 
 TEST_F(ErrorTest, InterruptStateIsPutBackOnlyByACatch) {
@@ -280,26 +227,6 @@ TEST_F(ErrorTest, AllowDropsItemsAndProtectedRunsThem) {
     ut_unlink_cleanup(errors_, 0);
     ut_cleanup_protected_items(errors_);  // without a mark
     EXPECT_THAT(events, ElementsAre("newer", "older"));
-}
-
-TEST_F(ErrorTest, CleanupFunctionMayUseAMarkOfItsOwn) {
-    const auto work_under_mark = [&] {
-        ut_cleanup_mark mark;
-        ut_prevent_further_cleanup_fcn(errors_, &mark);
-        const Item temporary(errors_, "temporary");
-        ut_cleanup_protected_items(errors_);
-        ut_allow_further_cleanup_fcn(errors_, &mark);
-    };
-    const Item outermost(errors_, "outermost");
-    EXPECT_EQ(try_catch(errors_, {[&] {
-                                      const Item older(errors_, "older");
-                                      const Item newer(errors_, "newer", work_under_mark);
-                                      ut_error(errors_, UT_ERR_FATAL);
-                                  },
-                                  answer("ask", 1)}),
-              UT_ERR_FATAL);
-    EXPECT_THAT(events, ElementsAre("ask", "newer", "temporary", "older"));
-    ut_unlink_cleanup(errors_, 0);
 }
 
 TEST(Error, MarksIgnoreANullContext) {
@@ -488,17 +415,12 @@ TEST(Error, GeneratedNestingRunsEveryItemOnce) {
 
 // --- nobody accepts ------------------------------------------------------------------------------
 
-struct Uncaught {
-    std::string* printed;
-    ut_message_code code = 0;
-};
-
 TEST_F(ErrorTest, UncaughtErrorIsPrintedThenItemsRunThenTheHandlerIsCalled) {
-    Uncaught uncaught{&contexts_.printed};
+    ut_message_code uncaught = 0;
     ut_register_error_handler(
         errors_,
         [](void* data, const char* identifier, ut_message_code code) {
-            static_cast<Uncaught*>(data)->code = code;
+            *static_cast<ut_message_code*>(data) = code;
             note(identifier);
             throw std::runtime_error("left by the error handler");
         },
@@ -511,7 +433,7 @@ TEST_F(ErrorTest, UncaughtErrorIsPrintedThenItemsRunThenTheHandlerIsCalled) {
                                      },
                                      answer("ask", 0)}),
                  std::runtime_error);
-    EXPECT_EQ(uncaught.code, UT_ERR_RETHROW);
+    EXPECT_EQ(uncaught, UT_ERR_RETHROW);
     EXPECT_THAT(events,
                 ElementsAre("ask", "second", "nobody wants me\n", "first", "VELUMA:err_rethrow"));
     // Everything has been run, so nothing is linked again.
@@ -529,68 +451,35 @@ TEST_F(ErrorTest, HostMayOutliveAnUncaughtError) {
             note("outlived");
         }
     };
-    const std::vector<std::string> expected{"ask", "item", "outside", "outlived"};
-    const auto raise = [&] {
-        const Item item(errors_, "item");
-        ut_error(errors_, UT_ERR_RETHROW, "");
-    };
-    {
+    for (const std::string place : {"body", "handler", "item"}) {
+        SCOPED_TRACE(place);
+        events.clear();
         const Item outside(errors_, "outside");
-        EXPECT_EQ(try_catch(errors_, {[&] {
-                                          const Item item(errors_, "item");
-                                          fail();
-                                      },
-                                      answer("ask", 0)}),
-                  0u);
-        EXPECT_EQ(events, expected) << "in the body";
-        EXPECT_EQ(errors_->cleanup, 0u);
-    }
-    events.clear();
-    {
-        const Item outside(errors_, "outside");
-        EXPECT_EQ(try_catch(errors_, {raise,
-                                      [&](ut_message_code, const char*, va_list) {
-                                          note("ask");
-                                          fail();
-                                          return 1;
-                                      }}),
-                  UT_ERR_RETHROW);
-        EXPECT_EQ(events, expected) << "in the handler";
-        EXPECT_EQ(errors_->cleanup, 0u);
-    }
-    events.clear();
-    {
-        const Item outside(errors_, "outside");
-        EXPECT_EQ(try_catch(errors_, {[&] {
-                                          const Item item(errors_, "item", fail);
-                                          ut_error(errors_, UT_ERR_RETHROW, "");
-                                      },
-                                      answer("ask", 1)}),
-                  UT_ERR_RETHROW);
-        EXPECT_EQ(events, expected) << "in the item";
+        const auto body = [&] {
+            const Item item(errors_, "item", place == "item" ? fail : std::function<void()>());
+            if (place == "body") return fail();
+            ut_error(errors_, UT_ERR_RETHROW, "");
+        };
+        const auto handler = [&](ut_message_code, const char*, va_list) {
+            note("ask");
+            if (place == "handler") fail();
+            return place == "body" ? 0 : 1;
+        };
+        EXPECT_EQ(try_catch(errors_, {body, handler}) == UT_ERR_RETHROW, place != "body");
+        EXPECT_THAT(events, ElementsAre("ask", "item", "outside", "outlived"));
         EXPECT_EQ(errors_->cleanup, 0u);
     }
 }
 
 TEST(ErrorDeathTest, ErrorHandlerThatReturnsIsFatal) {
-    EXPECT_DEATH(
-        {
-            Contexts contexts;
-            ut_register_error_handler(
-                &contexts.errors, [](void*, const char*, ut_message_code) {}, nullptr);
-            ut_error(&contexts.errors, UT_ERR_FATAL);
-        },
-        "Fatal error ---\nThe error handler returned");
-}
-
-TEST(ErrorDeathTest, DefaultErrorHandlerIsFatal) {
-    EXPECT_DEATH(
-        {
-            Contexts contexts;
-            ut_register_error_handler(&contexts.errors, nullptr, nullptr);
-            ut_error(&contexts.errors, UT_ERR_FATAL);
-        },
-        "Fatal error ---\nVELUMA:err_fatal");
+    const auto raise = [](ut_error_handler handler) {
+        Contexts contexts;
+        ut_register_error_handler(&contexts.errors, handler, nullptr);
+        ut_error(&contexts.errors, UT_ERR_FATAL);
+    };
+    EXPECT_DEATH(raise([](void*, const char*, ut_message_code) {}),
+                 "Fatal error ---\nThe error handler returned");
+    EXPECT_DEATH(raise(nullptr), "Fatal error ---\nVELUMA:err_fatal");
 }
 
 }  // namespace

@@ -101,16 +101,6 @@ TEST(FpcContext, BlocksComeFromListThenPoolThenMemory) {
     EXPECT_TRUE(is_zeroed(context));
 }
 
-TEST(FpcContext, ClearingFreesNoPoolBlock) {
-    Contexts contexts;
-    ut_fpc_context context;
-    ut_initialize_fpc_context(&context, &contexts.memory);
-    for (uint32_t k = 0; k < kRecycledClasses; ++k) release_block(context, take_block(context, k));
-    EXPECT_EQ(contexts.blocks(), 0u);
-    ut_clear_fpc_context(&context);
-    EXPECT_EQ(contexts.blocks(), 0u);
-}
-
 TEST(FpcContext, RaiseGivesIntegersBack) {
     Contexts contexts;
     ut_fpc_context context;
@@ -125,13 +115,6 @@ TEST(FpcContext, RaiseGivesIntegersBack) {
     EXPECT_NE(context.free_lists[7], nullptr);
     EXPECT_EQ(contexts.blocks(), 1u);
     ut_clear_fpc_context(&context);
-}
-
-TEST(FpcContext, SizeClasses) {
-    const uint32_t expected[] = {0, 0, 1, 2, 2, 3, 3, 3, 3, 4};
-    for (size_t words = 0; words < 10; ++words) EXPECT_EQ(size_class_for(words), expected[words]);
-    EXPECT_EQ(size_class_for(128), 7u);
-    EXPECT_EQ(size_class_for(129), 8u);
 }
 
 }  // namespace

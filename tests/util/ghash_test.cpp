@@ -172,25 +172,6 @@ TEST(Ghash, RandomOperationsAgreeWithTheModelInOrder) {
     }
 }
 
-TEST(Ghash, GrowsAndShrinksAtItsCounts) {
-    Contexts contexts;
-    Words words(contexts, 11, 0.5F, 2.0F);
-    for (uint64_t key = 1; key <= 22; ++key) words.insert(key, key);
-    EXPECT_EQ(words.table.num_buckets, 11);
-    words.insert(23, 23);
-    EXPECT_EQ(words.table.num_buckets, 23);
-    EXPECT_EQ(words.table.lower_count, 11);
-    EXPECT_EQ(words.table.upper_count, 46);
-    for (uint64_t key = 1; key <= 12; ++key) words.remove(key);
-    EXPECT_EQ(words.table.num_buckets, 23);
-    words.remove(13);  // 10 entries: the largest quasiprime not above 11
-    EXPECT_EQ(words.table.num_buckets, 11);
-    EXPECT_EQ(words.table.lower_count, 0);
-    for (uint64_t key = 14; key <= 23; ++key) words.remove(key);
-    EXPECT_EQ(words.table.num_buckets, 11);
-    EXPECT_EQ(words.table.count, 0);
-}
-
 TEST(Ghash, LoadBoundsAreCheckedInOrder) {
     const float nan = std::nanf("");
     const float infinity = HUGE_VALF;
@@ -514,52 +495,6 @@ TEST(Ghash, Statistics) {
     EXPECT_EQ(used, 3);
     EXPECT_EQ(longest, 3);
     ut_ghash_stats(&table, nullptr, nullptr, nullptr);
-    ut_clear_ghash_table(&table);
-}
-
-TEST(Ghash, ClearedRecord) {
-    Contexts contexts;
-    ut_ghash_table table{};
-    ut_clear_ghash_table(&table);
-    ut_initialize_ghash_table(&table, &contexts.memory, nullptr, nullptr, nullptr, nullptr, nullptr,
-                              nullptr, 8, 8, 8, 16, 0, 1, 0.25F, 1.0F);
-    ut_clear_ghash_table(&table);
-    EXPECT_EQ(table.buckets, nullptr);
-    EXPECT_EQ(table.mem_ctx, nullptr);
-    EXPECT_EQ(table.lower_load, -1.0F);
-    EXPECT_EQ(table.upper_load, -1.0F);
-    EXPECT_EQ(table.sorted_count, -1);
-    EXPECT_EQ(table.hash_fn, nullptr);
-    EXPECT_EQ(contexts.blocks(), 0u);
-    ut_clear_ghash_table(&table);
-}
-
-TEST(Ghash, TextsByTheReadyMadeCallbacks) {
-    Contexts contexts;
-    ut_ghash_table table;
-    ut_initialize_ghash_table(&table, &contexts.memory, ut_ghash_string_key,
-                              ut_ghash_compare_string_keys, ut_ghash_copy_string_key,
-                              ut_ghash_delete_string_key, nullptr, nullptr, 8, 8, 4, 12,
-                              reinterpret_cast<uintptr_t>(&contexts.memory), 0, 0.25F, 1.0F);
-    for (int i = 0; i < 500; ++i) {
-        const std::string text = std::string(static_cast<size_t>(i % 40), 'x') + std::to_string(i);
-        const char* const slot = text.c_str();
-        EXPECT_FALSE(ut_ghash_insert(&table, &slot, &i)) << text;
-    }
-    for (int i = 0; i < 500; ++i) {
-        const std::string text = std::string(static_cast<size_t>(i % 40), 'x') + std::to_string(i);
-        const char* const slot = text.c_str();
-        int data = -1;
-        EXPECT_TRUE(ut_ghash_query(&table, &slot, &data)) << text;
-        EXPECT_EQ(data, i);
-        const std::string absent = text + "?";
-        const char* const absent_slot = absent.c_str();
-        EXPECT_FALSE(ut_ghash_query(&table, &absent_slot, &data)) << absent;
-        if (i % 2 == 0) {
-            EXPECT_TRUE(ut_ghash_remove_element(&table, &slot));
-        }
-    }
-    EXPECT_EQ(table.count, 250);
     ut_clear_ghash_table(&table);
 }
 

@@ -55,21 +55,6 @@ TEST(Gtable, RowsAndCapacity) {
     }
 }
 
-TEST(Gtable, DroppedRowsComeBackWithTheirValues) {
-    Contexts contexts;
-    Table table(contexts, 1, 4);
-    int* column = nullptr;
-    ut_new_gtable(&table.record, &column, sizeof *column);
-    for (int i = 0; i < 5; ++i) {
-        ut_gtable_add_row(&table.record);
-        column[i] = 10 + i;
-    }
-    EXPECT_EQ(table.record.row_capacity, 8u);
-    ut_gtable_set_num_rows(&table.record, 1);
-    ut_gtable_set_num_rows(&table.record, 5);
-    EXPECT_THAT(std::vector<int>(column, column + 5), ElementsAre(10, 11, 12, 13, 14));
-}
-
 TEST(Gtable, DeletedColumnIsReplacedByTheLast) {
     Contexts contexts;
     Table table(contexts, 1, 2);

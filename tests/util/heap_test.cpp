@@ -25,18 +25,18 @@ class Heap : public testing::Test {
 };
 
 TEST_F(Heap, ZeroSizes) {
-    EXPECT_EQ(utMalloc(0), nullptr);
-    EXPECT_EQ(utCalloc(0, 8), nullptr);
-    EXPECT_EQ(utCalloc(8, 0), nullptr);
-    EXPECT_EQ(utRealloc(utMalloc(8), 0), nullptr);  // a leak check tells that the block was freed
-    EXPECT_EQ(utMallocWithCheck(0), nullptr);
-    EXPECT_EQ(utCallocWithCheck(0, 8), nullptr);
-    EXPECT_EQ(utCallocWithCheck(8, 0), nullptr);
-    EXPECT_EQ(utReallocWithCheck(utMalloc(8), 0), nullptr);
-    EXPECT_EQ(utNew_deprecated(0), nullptr);
-    EXPECT_EQ(utNewArray_deprecated(0), nullptr);
-    EXPECT_EQ(utNewZero_deprecated(0), nullptr);
-    EXPECT_EQ(utNewArrayZero_deprecated(0), nullptr);
+    void* const blocks[] = {utMalloc(0),
+                            utCalloc(0, 8),
+                            utCalloc(8, 0),
+                            utRealloc(utMalloc(8), 0),  // a leak check tells that it was freed
+                            utMallocWithCheck(0),
+                            utCallocWithCheck(0, 8),
+                            utReallocWithCheck(utMalloc(8), 0),
+                            utNew_deprecated(0),
+                            utNewArray_deprecated(0),
+                            utNewZero_deprecated(0),
+                            utNewArrayZero_deprecated(0)};
+    for (const void* block : blocks) EXPECT_EQ(block, nullptr);
     utFree(nullptr);
 }
 

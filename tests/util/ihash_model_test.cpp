@@ -113,11 +113,14 @@ class Machine {
                 break;
             case 5:
             case 6:
+                contexts.heap.fail_at(0, CountdownHeap::Failure::from_then_on);  // needs none
                 erase();
                 EXPECT_EQ(ut_ihash_remove_element(&table_, &key), present);
                 break;
             case 7: {
                 const int64_t told = present ? model[i].data : -1;
+                EXPECT_EQ(ut_ihash_query(&table_, &key, &out), present);
+                EXPECT_EQ(out.value, told);
                 erase();
                 EXPECT_EQ(ut_ihash_query_remove(&table_, &key, &handed_out_), present);
                 EXPECT_EQ(handed_out_.value, told);

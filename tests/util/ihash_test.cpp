@@ -70,76 +70,6 @@ class Table {
     _ihash_table record{};
 };
 
-TEST(Ihash, RemovalMovesTheLastEntryIntoTheHole) {
-    const struct {
-        int64_t removed;
-        std::vector<int64_t> keys;
-    } kRows[] = {
-        {10, {14, 11, 12, 13}}, {12, {10, 11, 14, 13}},     {13, {10, 11, 12, 14}},
-        {14, {10, 11, 12, 13}}, {15, {10, 11, 12, 13, 14}},
-    };
-    for (const auto& row : kRows) {
-        SCOPED_TRACE(row.removed);
-        Contexts contexts;
-        Table table(contexts);
-        for (int64_t key = 10; key < 15; ++key) EXPECT_FALSE(table.insert(key, key * 2));
-        EXPECT_EQ(table.remove(row.removed), row.removed < 15);
-        EXPECT_EQ(table.index_of(row.removed), -1);
-        std::vector<int64_t> keys;
-        for (const auto& [key, data] : table.entries()) {
-            EXPECT_EQ(table.index_of(key), static_cast<int64_t>(keys.size()));
-            EXPECT_EQ(data, key * 2);
-            keys.push_back(key);
-        }
-        EXPECT_EQ(keys, row.keys);
-    }
-}
-
-TEST(Ihash, RemovalsNeedNoMemory) {
-    Contexts contexts;
-    Table table(contexts, true, true);
-    for (int64_t key = 0; key < 100; ++key) table.insert(key, key);
-    contexts.heap.fail_at(0, qxut_test::CountdownHeap::Failure::from_then_on);
-    for (int64_t key = 0; key < 90; ++key) EXPECT_TRUE(table.remove(key));
-    for (const auto& [key, data] : table.entries()) EXPECT_EQ(key, data);
-    EXPECT_EQ(ut_ihash_num_entries(&table.record), 10u);
-}
-
-TEST(Ihash, InsertsReplacesAndTells) {
-    Contexts contexts;
-    Table table(contexts, true, true);
-    const int64_t key = 1;
-    int64_t data = 10;
-    int64_t out = 0;
-    EXPECT_FALSE(ut_ihash_insert(&table.record, &key, &data));
-    data = 11;
-    EXPECT_TRUE(ut_ihash_insert(&table.record, &key, &data));
-    EXPECT_TRUE(ut_ihash_query_insert(&table.record, &key, &data, &out));
-    EXPECT_EQ(out, 10) << "left alone";
-    EXPECT_TRUE(ut_ihash_replace(&table.record, &key, &data));
-    data = 12;
-    EXPECT_TRUE(ut_ihash_query_replace(&table.record, &key, &data, &out));
-    EXPECT_EQ(out, 11) << "handed out, not deleted";
-    EXPECT_TRUE(ut_ihash_query(&table.record, &key, &out));
-    EXPECT_EQ(out, 12);
-    EXPECT_THAT(calls, ElementsAre("copy 10", "data 10", "copy 11", "copy 12"));
-
-    const int64_t other = 2;
-    EXPECT_FALSE(ut_ihash_query_replace(&table.record, &other, &data, &out));
-    EXPECT_EQ(out, 12);
-    EXPECT_FALSE(ut_ihash_replace(&table.record, &(out = 3), &(data = 13)));
-    EXPECT_FALSE(ut_ihash_query_insert(&table.record, &(out = 4), &(data = 14), nullptr));
-    EXPECT_THAT(table.entries(), ElementsAre(Pair(1, 12), Pair(2, 12), Pair(3, 13), Pair(4, 14)));
-
-    calls.clear();
-    EXPECT_TRUE(ut_ihash_query_remove(&table.record, &key, &out));
-    EXPECT_EQ(out, 12);
-    EXPECT_TRUE(ut_ihash_query_remove(&table.record, &other, nullptr));
-    EXPECT_FALSE(ut_ihash_query_remove(&table.record, &other, &out));
-    EXPECT_THAT(calls, ElementsAre("key 1", "key 2", "data 12"));
-    EXPECT_THAT(table.entries(), ElementsAre(Pair(4, 14), Pair(3, 13)));
-}
-
 TEST(Ihash, TellsAddressesOfKeysAndData) {
     Contexts contexts;
     Table table(contexts);
@@ -244,32 +174,6 @@ TEST(Ihash, EmptyingAndClearingDeleteKeyThenData) {
     ut_delete_ihash_table(nullptr);
 }
 
-TEST(Ihash, EmptyKeepsTheEntriesWhenThereAreNoBuckets) {
-    for (const bool records : {false, true}) {
-        Contexts contexts;
-        Table table(contexts, true, records);
-        table.insert(1, 2);
-        contexts.heap.fail_at(0);
-        EXPECT_EQ(contexts.run([&] { ut_ihash_empty(&table.record, 1000); }).code,
-                  UT_OUT_OF_MEMORY);
-        EXPECT_THAT(table.entries(), ElementsAre(Pair(1, 2)));
-        ut_ihash_empty(&table.record, 0);
-        EXPECT_EQ(table.index_of(1), -1);
-    }
-}
-
-TEST(Ihash, LoadBoundsAreChecked) {
-    Contexts contexts;
-    EXPECT_EQ(contexts
-                  .run([&] {
-                      ut_new_ihash_table(&contexts.memory, nullptr, nullptr, nullptr, nullptr,
-                                         nullptr, nullptr, 8, 8, 16, 0, 0, 0.0F, 2.0F, 8);
-                  })
-                  .code,
-              UT_HASH_INVALID_LOWER_LOAD_BOUND);
-    EXPECT_EQ(contexts.blocks(), 0u);
-}
-
 TEST(Ihash, TextsAndDataOfOtherSizesAtAnUnevenOffset) {
     Contexts contexts;
     struct Colour {
@@ -303,28 +207,6 @@ TEST(Ihash, TextsAndDataOfOtherSizesAtAnUnevenOffset) {
     }
     EXPECT_EQ(ut_ihash_num_entries(table), 68u);
     ut_delete_ihash_table(table);
-}
-
-TEST(Ihash, TwentyThousandKeysOfOneHash) {
-    Contexts contexts;
-    _ihash_table table;
-    ut_initialize_ihash_table(
-        &table, &contexts.memory, [](uintptr_t, const void*) { return uint32_t{1}; }, nullptr,
-        nullptr, nullptr, nullptr, nullptr, 8, 8, 16, 0, 0, 0.5F, 2.0F, 8);
-    constexpr int64_t kKeys = 20000;
-    for (int64_t key = 0; key < kKeys; ++key) ut_ihash_insert(&table, &key, &key);
-    for (int64_t key = 0; key < kKeys; key += 997) {
-        EXPECT_EQ(ut_ihash_index_of(&table, &key), key);
-    }
-    for (int64_t key = 0; key < 100; ++key) EXPECT_TRUE(ut_ihash_remove_element(&table, &key));
-    for (int64_t i = 0; i < 100; ++i) {
-        int64_t key = 0;
-        EXPECT_TRUE(ut_ihash_index(&table, static_cast<uint64_t>(i), &key, nullptr));
-        EXPECT_EQ(key, kKeys - 1 - i);
-        EXPECT_EQ(ut_ihash_index_of(&table, &key), i);
-    }
-    EXPECT_EQ(ut_ihash_num_entries(&table), 19900u);
-    ut_clear_ihash_table(&table);
 }
 
 }  // namespace

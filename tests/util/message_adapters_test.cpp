@@ -74,28 +74,22 @@ TEST(MessageAdapters, CharactersAreUtf8InItsLocale) {
 }
 
 TEST(MessageAdapters, CharactersAreThoseOfTheCodePage) {
-    {
-        const TemporaryLocale locale("POSIX", "SHIFT_JIS");
-        ASSERT_TRUE(locale.is_set()) << "package locales";
+    const struct {
+        const char* charmap;
+        const char* text;
+        Units units;
+    } rows[] = {
         // Two bytes, the second a backslash; a half-width letter; a lead byte alone.
-        EXPECT_EQ(split("a\x95\x5C\xB1\\b"), (Units{"a", "\x95\x5C", "\xB1", "\\", "b"}));
-        EXPECT_EQ(split("\x95"), (Units{"\x95"}));
-    }
-    {
-        const TemporaryLocale locale("POSIX", "EUC-JP");
-        ASSERT_TRUE(locale.is_set());
-        EXPECT_EQ(split("\xC9\xBD\x8E\xB1\x8F\xB0\xA1z"),
-                  (Units{"\xC9\xBD", "\x8E\xB1", "\x8F\xB0\xA1", "z"}));
-    }
-    {
-        const TemporaryLocale locale("POSIX", "GBK");
-        ASSERT_TRUE(locale.is_set());
-        EXPECT_EQ(split("\x81\x40z"), (Units{"\x81\x40", "z"}));
-    }
-    {
-        const TemporaryLocale locale("POSIX", "ISO-8859-1");
-        ASSERT_TRUE(locale.is_set());
-        EXPECT_EQ(split("\xC3\xA9"), (Units{"\xC3", "\xA9"}));
+        {"SHIFT_JIS", "a\x95\x5C\xB1\\b", {"a", "\x95\x5C", "\xB1", "\\", "b"}},
+        {"SHIFT_JIS", "\x95", {"\x95"}},
+        {"EUC-JP", "\xC9\xBD\x8E\xB1\x8F\xB0\xA1z", {"\xC9\xBD", "\x8E\xB1", "\x8F\xB0\xA1", "z"}},
+        {"GBK", "\x81\x40z", {"\x81\x40", "z"}},
+        {"ISO-8859-1", "\xC3\xA9", {"\xC3", "\xA9"}},
+    };
+    for (const auto& row : rows) {
+        const TemporaryLocale locale("POSIX", row.charmap);
+        ASSERT_TRUE(locale.is_set()) << "package locales";
+        EXPECT_EQ(split(row.text), row.units) << row.charmap;
     }
 }
 

@@ -14,6 +14,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <qxut/util/message.h>
@@ -155,21 +156,12 @@ class Differential {
   private:
     std::string next() {
         const std::vector<const char*> integers = {"", "", "h", "hh", "l", "ll", "z", "j", "t"};
+        const std::vector<const char*> floating = {"", "l", "L"};
         const char letter = "diuoxXfeEgGcp"[generator_.below(13)];
-        switch (letter) {
-            case 'c':
-                return generator_.specification(letter, {"", "l"});
-            case 'p':
-                return generator_.specification(letter, {""});
-            case 'f':
-            case 'e':
-            case 'E':
-            case 'g':
-            case 'G':
-                return generator_.specification(letter, {"", "l", "L"});
-            default:
-                return generator_.specification(letter, integers);
-        }
+        if (letter == 'c') return generator_.specification(letter, {"", "l"});
+        if (letter == 'p') return generator_.specification(letter, {""});
+        const bool is_integer = std::string("diuoxX").find(letter) != std::string::npos;
+        return generator_.specification(letter, is_integer ? integers : floating);
     }
     void compare(Printer& printer, uint32_t index) {
         const std::string& specification = specifications_[index];
@@ -213,12 +205,6 @@ TEST(MessageFormat, RoundingFollowsTheProcess) {
     }
 }
 
-TEST(MessageFormat, WideTextsArePrintedWhole) {
-    Printer printer({"[%2000d]", "%.1100f"});
-    EXPECT_EQ(printer.print(entry(1), 7), "[" + std::string(1999, ' ') + "7]");
-    EXPECT_EQ(printer.print(entry(2), 0.5), "0.5" + std::string(1099, '0'));
-}
-
 TEST(MessageFormat, CountsAreZero) {
     Printer printer({"ab%nc%hhn%hn%ln%lln%zn%jn%tnd%s"}, {"%8%1%2%3%4%5%6%7%9"});
     for (const char* language : {"English", "xx"}) {
@@ -234,35 +220,24 @@ TEST(MessageFormat, CountsAreZero) {
         ptrdiff_t t = -1;
         const std::string text = printer.print(entry(1), &i, c, s, &l, &ll, &z, &j, &t, "end");
         EXPECT_EQ(text, printer.context.current_language == 0 ? "abcdend" : "end");
-        EXPECT_EQ(i, 0);
-        EXPECT_EQ(c[0], 0);
+        EXPECT_EQ(std::vector<long long>({i, c[0], s[0], l, ll, static_cast<long long>(z), j, t}),
+                  std::vector<long long>(8, 0));
         EXPECT_EQ(c[1], -1);
-        EXPECT_EQ(s[0], 0);
         EXPECT_EQ(s[1], -1);
-        EXPECT_EQ(l, 0);
-        EXPECT_EQ(ll, 0);
-        EXPECT_EQ(z, 0u);
-        EXPECT_EQ(j, 0);
-        EXPECT_EQ(t, 0);
     }
 }
 
 TEST(MessageFormat, BuffersAreCutAndTerminated) {
     Printer printer({"abc%sghi"});
-    struct Row {
-        size_t size;
-        const char* text;
-    };
-    constexpr Row kRows[] = {{1, ""},         {2, "a"},          {4, "abc"},       {5, "abcd"},
-                             {9, "abcdefgh"}, {10, "abcdefghi"}, {11, "abcdefghi"}};
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.size);
+    for (size_t size = 1; size < 12; ++size) {
+        SCOPED_TRACE(size);
         char buffer[12];
         std::memset(buffer, '#', sizeof buffer);
-        const int stored = ut_sprintm(&printer.context, buffer, row.size, entry(1), "def");
-        EXPECT_EQ(stored, static_cast<int>(std::strlen(row.text)));
-        EXPECT_STREQ(buffer, row.text);
-        EXPECT_EQ(buffer[row.size], '#');
+        const std::string expected = std::string("abcdefghi").substr(0, size - 1);
+        EXPECT_EQ(ut_sprintm(&printer.context, buffer, size, entry(1), "def"),
+                  static_cast<int>(expected.size()));
+        EXPECT_EQ(buffer, expected);
+        EXPECT_EQ(buffer[size], '#');
     }
     char untouched = '#';
     EXPECT_EQ(ut_sprintm(&printer.context, &untouched, 0, entry(1), "def"), 0);
@@ -333,43 +308,22 @@ TEST(MessageFormat, EmptyContextKnowsItsOwnMessages) {
 
 TEST(MessageFormat, RegistrationStatusesArePrinted) {
     Printer printer({"x"});
-    struct Row {
-        int32_t status;
-        const char* text;
-    };
-    constexpr Row kRows[] = {
+    // One for each way of arguments; the texts themselves are the builtin table's.
+    const std::pair<int32_t, const char*> kRows[] = {
         {0, ""},
         {UT_NO_MEMORY_FOR_MESSAGE_CONTEXT,
          "Error: Out of memory while growing the message context."},
-        {UT_MSG_MODULE_COUNT_MISMATCH,
-         "Internal Error: A primary message table for module 7 was already registered with a "
-         "differing number of messages."},
-        {UT_TOO_FEW_STRINGS,
-         "Internal Error: Module 7 has only 2 string(s) in the table, fewer than the number of "
-         "codes."},
         {UT_TOO_MANY_STRINGS,
          "Internal Error: Module 7 has only 2 codes, but the table has more strings than this."},
         {UT_STRANDED_PER_CENT,
          "Internal Error: The string for module 7, entry 3, has a % that is not in a valid "
          "specification."},
-        {UT_NON_TRIVIAL_PER_CENT,
-         "Internal Error: The string for module 7, entry 3, has a %% with a non-trivial "
-         "specifier."},
-        {UT_NON_TRIVIAL_S,
-         "Internal Error: The string for module 7, entry 3, has a %s with a non-trivial "
-         "specifier."},
-        {UT_ILLEGAL_PER_CENT,
-         "Internal Error: The string for module 7, entry 3, has % not followed by a digit or "
-         "another %."},
-        {UT_INVALID_PERCENT_U,
-         "Internal Error: The string for module 7, entry 3, has a %<LEX_FILE_LINE_COLUMN> with a "
-         "non-trivial specifier."},
     };
-    for (const Row& row : kRows) {
+    for (const auto& [status, expected] : kRows) {
         std::string text;
-        const int result = ut_print_message_context_error(&printer.context, append, &text,
-                                                          row.status, 7 * 65536 + 3);
-        EXPECT_EQ(text, row.text);
+        const int result =
+            ut_print_message_context_error(&printer.context, append, &text, status, 7 * 65536 + 3);
+        EXPECT_EQ(text, expected);
         EXPECT_EQ(result, static_cast<int>(text.size()));
     }
 }
@@ -402,6 +356,7 @@ TEST(MessageFormat, FirstFailureOfTheWriterEndsTheRun) {
     for (const char* language : {"English", "xx"}) {
         printer.speak(language);
         const std::string whole = printer.print(entry(1), 5, kPlace, "f", 3, "s");
+        EXPECT_EQ(whole, language[0] == 'E' ? "a5bf:3cs%d" : "sf:35 %");
         for (int accepted = 0;; ++accepted) {
             Reluctant writer{accepted, 0, {}};
             const int result = ut_printm(&printer.context, write_reluctantly, &writer, entry(1), 5,
@@ -416,17 +371,6 @@ TEST(MessageFormat, FirstFailureOfTheWriterEndsTheRun) {
             EXPECT_EQ(writer.calls, accepted + 1);
         }
     }
-}
-
-TEST(MessageFormat, CallbacksTakeTheirArguments) {
-    Printer printer({"%U then %s, %U, %.1f"}, {"%4 %3 %2 %1"});
-    const auto print = [&] {
-        return printer.print(entry(1), kPlace, "a.txt", 10, "text", kPlace, "b.txt", 20, 0.5);
-    };
-    EXPECT_EQ(print(), "a.txt:10 then text, b.txt:20, 0.5");
-    EXPECT_EQ(printer.result, 33);
-    printer.speak("xx");
-    EXPECT_EQ(print(), "0.5 b.txt:20 text a.txt:10");
 }
 
 // A writer that prints another message on the same context for each piece it gets, with text

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "support/countdown_heap.h"
 #include "support/message_tables.h"
@@ -119,58 +121,28 @@ TEST_F(Message, IdentifiersAreLoweredAndCut) {
 }
 
 TEST_F(Message, EveryEnglishTextIsChecked) {
-    struct Row {
-        const char* text;
-        int32_t status;
+    const std::pair<int32_t, std::vector<const char*>> kRows[] = {
+        {0,
+         {"", nullptr, "plain", "100%%", "%s%d%i%u%o%x%X%c%p%n%f%e%E%g%G%U", "%-+ #08.3d %.f %5c",
+          "%hhd%hd%ld%lld%zu%jx%tX%Lf%lf%lc%hhn%zn"}},
+        // No conversion letter, something before it that no conversion has, or a length that the
+        // letter's argument cannot have.
+        {UT_STRANDED_PER_CENT,
+         {"100%", "%k", "%*d", "%.*f", "%*s", "%1$d", "%'d", "%lqd", "%F", "%.-3d", "%99999999999d",
+          "%.2147483648f", "%Ld", "%hf", "%lp", "%hc", "%Ln"}},
+        // Letters that stand alone.
+        {UT_NON_TRIVIAL_PER_CENT, {"% %", "%-5%", "%l%", "% k%"}},
+        {UT_NON_TRIVIAL_S, {"%5s", "%.3s", "%ls", "100% sure"}},
+        {UT_INVALID_PERCENT_U, {"%3U", "%*U"}},
     };
-    constexpr Row kRows[] = {
-        {"", 0},
-        {nullptr, 0},
-        {"plain", 0},
-        {"100%%", 0},
-        {"%s%d%i%u%o%x%X%c%p%n%f%e%E%g%G%U", 0},
-        {"%-+ #08.3d %.f %5c", 0},
-        {"%hhd%hd%ld%lld%zu%jx%tX%Lf%lf%lc%hhn%zn", 0},
-        // no conversion letter, or something before it that no conversion has
-        {"100%", UT_STRANDED_PER_CENT},
-        {"%k", UT_STRANDED_PER_CENT},
-        {"%*d", UT_STRANDED_PER_CENT},
-        {"%.*f", UT_STRANDED_PER_CENT},
-        {"%*s", UT_STRANDED_PER_CENT},
-        {"%1$d", UT_STRANDED_PER_CENT},
-        {"%'d", UT_STRANDED_PER_CENT},
-        {"%lqd", UT_STRANDED_PER_CENT},
-        {"%F", UT_STRANDED_PER_CENT},
-        {"%.-3d", UT_STRANDED_PER_CENT},
-        {"%99999999999d", UT_STRANDED_PER_CENT},
-        {"%.2147483648f", UT_STRANDED_PER_CENT},
-        // a length that the letter's argument cannot have
-        {"%Ld", UT_STRANDED_PER_CENT},
-        {"%hf", UT_STRANDED_PER_CENT},
-        {"%lp", UT_STRANDED_PER_CENT},
-        {"%hc", UT_STRANDED_PER_CENT},
-        {"%Ln", UT_STRANDED_PER_CENT},
-        // letters that stand alone
-        {"% %", UT_NON_TRIVIAL_PER_CENT},
-        {"%-5%", UT_NON_TRIVIAL_PER_CENT},
-        {"%l%", UT_NON_TRIVIAL_PER_CENT},
-        {"% k%", UT_NON_TRIVIAL_PER_CENT},
-        {"%5s", UT_NON_TRIVIAL_S},
-        {"%.3s", UT_NON_TRIVIAL_S},
-        {"%ls", UT_NON_TRIVIAL_S},
-        {"100% sure", UT_NON_TRIVIAL_S},
-        {"%3U", UT_INVALID_PERCENT_U},
-        {"%*U", UT_INVALID_PERCENT_U},
-    };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.text != nullptr ? row.text : "<null>");
-        const Table table(9, {"%d first", row.text, "last %d"});
-        const Answer expected = {row.status, row.status == 0 ? 0 : code(9, 2)};
-        EXPECT_EQ(add(table), expected);
-        if (row.status == 0) {
-            EXPECT_EQ(remove(table), 0);
+    for (const auto& [status, row_texts] : kRows) {
+        for (const char* row : row_texts) {
+            SCOPED_TRACE(row != nullptr ? row : "<null>");
+            const Table table(9, {"%d first", row, "last %d"});
+            EXPECT_EQ(add(table), (Answer{status, status == 0 ? 0 : code(9, 2)}));
+            EXPECT_EQ(remove(table), status == 0 ? 0 : UT_BAD_MSG_CODE);
+            EXPECT_EQ(ut_get_message_mnemonic(&context, code(9, 1)), nullptr);
         }
-        EXPECT_EQ(ut_get_message_mnemonic(&context, code(9, 1)), nullptr);
     }
 }
 
@@ -250,20 +222,17 @@ TEST_F(Message, ArraysGrowInStepsOf64Modules) {
     const Translation translation(1, {"eins"});
     ASSERT_EQ(add_language("de", translation.tables), kGood);
     ASSERT_EQ(change("de"), 0);
-    struct Row {
-        uint32_t module;
-        size_t requests;
-    };
-    const Row rows[] = {{63, 0}, {64, 1}, {65, 0}, {127, 0}, {128, 1}, {1000, 1}, {300, 0}};
+    const std::pair<uint32_t, size_t> rows[] = {{63, 0},  {64, 1},   {65, 0}, {127, 0},
+                                                {128, 1}, {1000, 1}, {300, 0}};
     std::vector<std::unique_ptr<Table>> tables;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.module);
-        tables.push_back(std::make_unique<Table>(row.module, std::vector<const char*>{"text"}));
+    for (const auto& [module, requests] : rows) {
+        SCOPED_TRACE(module);
+        tables.push_back(std::make_unique<Table>(module, std::vector<const char*>{"text"}));
         const size_t before = heap.requests();
         EXPECT_EQ(add(*tables.back()), kGood);
-        EXPECT_EQ(heap.requests() - before, row.requests);
-        EXPECT_EQ(text(code(row.module, 1)), "text");
-        EXPECT_EQ(text(code(row.module + 1, 1)), "<null>");
+        EXPECT_EQ(heap.requests() - before, requests);
+        EXPECT_EQ(text(code(module, 1)), "text");
+        EXPECT_EQ(text(code(module + 1, 1)), "<null>");
         EXPECT_EQ(text(code(1, 1)), "eins");
         EXPECT_STREQ(ut_get_message_mnemonic(&context, code(1, 1)), "MESSAGE_1");
     }
@@ -272,11 +241,10 @@ TEST_F(Message, ArraysGrowInStepsOf64Modules) {
 
 // A translated text against "%s has %d%%", once with the module there first, once the language.
 TEST_F(Message, EveryTranslatedTextIsChecked) {
-    struct Row {
+    const struct {
         const char* text;
         int32_t status;
-    };
-    constexpr Row kRows[] = {
+    } kRows[] = {
         {"%1, %2", 0},
         {"%2%1", 0},
         {"%% %1 %%%2", 0},
@@ -293,7 +261,7 @@ TEST_F(Message, EveryTranslatedTextIsChecked) {
         {"", UT_OMITTED_HOLE},
     };
     const Table table(9, {"nothing", "%s has %d%%"});
-    for (const Row& row : kRows) {
+    for (const auto& row : kRows) {
         SCOPED_TRACE(row.text != nullptr ? row.text : "<null>");
         const Answer expected = {row.status, row.status == 0 ? 0 : code(9, 2)};
         const Translation translation(9, {nullptr, row.text});
@@ -421,17 +389,20 @@ TEST(MessageMemory, FailureLeavesTheContextAsItWas) {
             continue;
         }
         ASSERT_EQ(status, 0);
-        const auto text_is = [&](ut_message_code which, const char* expected) {
-            const char* found = ut_get_message(&context, which);
-            EXPECT_STREQ(found, expected);
+        const auto expect_texts = [&](const char* of_near, const char* of_far) {
+            EXPECT_STREQ(ut_get_message(&context, code(9, 1)), of_near);
+            EXPECT_STREQ(ut_get_message(&context, code(200, 1)), of_far);
         };
         // Runs a step; when it fails, looks that nothing changed and runs it again.
-        const auto step = [&](const std::function<void()>& action,
-                              const std::function<void()>& unchanged) {
+        const auto step = [&](const std::function<void()>& action, const char* near_before,
+                              const char* far_before) {
             action();
             if (status != 0) {
                 EXPECT_EQ(status, UT_NO_MEMORY_FOR_MESSAGE_CONTEXT);
-                unchanged();
+                int32_t change = -1;
+                ut_change_language(&change, &context, "de");
+                EXPECT_EQ(change, context.current_language == 0 ? UT_BAD_MSG_CODE : 0);
+                expect_texts(near_before, far_before);
                 action();
             }
             ASSERT_EQ(status, 0);
@@ -444,27 +415,12 @@ TEST(MessageMemory, FailureLeavesTheContextAsItWas) {
             ut_add_language(&status, &context, "de", &translation.tables,
                             CountdownHeap::reallocate);
         };
-        step([&] { add(near); }, [&] { text_is(code(9, 1), nullptr); });
-        step([&] { add_german(near_de); },
-             [&] {
-                 int32_t change = -1;
-                 ut_change_language(&change, &context, "de");
-                 EXPECT_EQ(change, UT_BAD_MSG_CODE);
-                 text_is(code(9, 1), "near %d");
-             });
+        step([&] { add(near); }, nullptr, nullptr);
+        step([&] { add_german(near_de); }, "near %d", nullptr);
         ut_change_language(&status, &context, "de");
-        step([&] { add(far); },
-             [&] {
-                 text_is(code(200, 1), nullptr);
-                 text_is(code(9, 1), "nah %1");
-             });
-        step([&] { add_german(far_de); },
-             [&] {
-                 text_is(code(200, 1), "far");
-                 text_is(code(9, 1), "nah %1");
-             });
-        text_is(code(200, 1), "fern");
-        text_is(code(9, 1), "nah %1");
+        step([&] { add(far); }, "nah %1", nullptr);
+        step([&] { add_german(far_de); }, "nah %1", "far");
+        expect_texts("nah %1", "fern");
         const bool failed = heap.has_failed();
         ut_clear_message_context(&context, CountdownHeap::release);
         EXPECT_EQ(heap.live_blocks(), 0u);

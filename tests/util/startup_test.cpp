@@ -39,37 +39,6 @@ TEST(Startup, DefaultRecordIsThereBeforeMain) {
     EXPECT_EQ(utGetBasicContexts(), record_before_main);
 }
 
-TEST(Startup, BuiltinMessagesSpeakTwoLanguages) {
-    const ut_message_context* messages = utGetMessageContext();
-    const struct {
-        const char* mnemonic;  // of the first entry
-        ut_message_code first;
-        uint32_t count;
-    } kModules[] = {
-        {"ASSERTION_FAULT", 1u << 16 | 1, 7},
-        {"OUT_OF_MEMORY", 2u << 16 | 1, 1},
-        {"HASH_INVALID_LOWER_LOAD_BOUND", 3u << 16 | 1, 3},
-        {"WARN_ALL", 4u << 16 | 1, 3},
-        {"FPC_BUFFER_TOO_SMALL", 25u << 16 | 1, 1},
-        {"GTABLE_DELETE_GTABLE", 34u << 16 | 1, 1},
-        {"ARRAY_INVALID_DATASIZE", 40u << 16 | 1, 1},
-    };
-    int32_t status = 0;
-    ut_change_language(&status, utGetMessageContext(), "ja");
-    EXPECT_EQ(status, 0);
-    for (const auto& module : kModules) {
-        SCOPED_TRACE(module.mnemonic);
-        EXPECT_STREQ(ut_get_message_mnemonic(messages, module.first), module.mnemonic);
-        EXPECT_EQ(ut_get_message_mnemonic(messages, module.first + module.count), nullptr);
-        // The library keeps a reference beside that of the default record's own contexts.
-        EXPECT_GE(messages->reference_counts[module.first >> 16], 1u);
-        EXPECT_STRNE(ut_get_message(messages, module.first),
-                     ut_get_primary_message(messages, module.first));
-    }
-    ut_change_language(&status, utGetMessageContext(), "English");
-    EXPECT_EQ(status, 0);
-}
-
 TEST(Startup, LibraryIsLoadedAndUnloadedAgainAndAgain) {
     const Ended ended = run_loading("cycle");
     EXPECT_EQ(ended.status, 0) << ended.output;

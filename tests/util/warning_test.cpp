@@ -13,7 +13,6 @@ namespace {
 using qxut_test::Contexts;
 
 // --- a module with warnings, in two languages
-// ------------------------------------------------------
 
 constexpr ut_message_code kModule = 900;
 constexpr ut_message_code kDivision = kModule * 65536 + 1;
