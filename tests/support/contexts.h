@@ -13,6 +13,7 @@
 #include <qxut/util/message.h>
 
 #include "support/countdown_heap.h"
+#include "support/not_copied.h"
 
 namespace qxut_test {
 
@@ -25,12 +26,10 @@ struct Raised {
 // Message, error and memory context on one counting heap. An uncaught error throws
 // std::runtime_error with identifier and text. At the end of its scope nothing but the contexts'
 // own blocks may be live, and no cleanup item or frame may be linked.
-class Contexts {
+class Contexts : private NotCopied {
   public:
     Contexts();
     ~Contexts();
-    Contexts(const Contexts&) = delete;
-    Contexts& operator=(const Contexts&) = delete;
 
     CountdownHeap heap;
     ut_message_context messages{};

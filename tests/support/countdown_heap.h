@@ -8,9 +8,11 @@
 
 #include <cstddef>
 
+#include "support/not_copied.h"
+
 namespace qxut_test {
 
-class CountdownHeap {
+class CountdownHeap : private NotCopied {
   public:
     enum class Failure { once, from_then_on };
     static constexpr size_t kNever = static_cast<size_t>(-1);
@@ -19,8 +21,6 @@ class CountdownHeap {
     // and with `from_then_on` every one after it. Blocks start filled with 0xA5.
     explicit CountdownHeap(size_t failing_request = kNever, Failure failure = Failure::once);
     ~CountdownHeap();
-    CountdownHeap(const CountdownHeap&) = delete;
-    CountdownHeap& operator=(const CountdownHeap&) = delete;
 
     // The functions to give to a context; valid while a CountdownHeap is open.
     static void* allocate(size_t size);

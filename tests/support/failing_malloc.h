@@ -7,6 +7,8 @@
 
 #include <cstddef>
 
+#include "support/not_copied.h"
+
 namespace qxut_test {
 
 extern const bool kCanFailMalloc;
@@ -14,13 +16,11 @@ extern const bool kCanFailMalloc;
 // While one is in scope, requests are counted from 0, the one with index `request` fails, and
 // with `from_then_on` every later one too. Keep the scope around the call under test: anything
 // else allocates as well. One at a time, on one thread.
-class FailingMalloc {
+class FailingMalloc : private NotCopied {
   public:
     static constexpr size_t kNever = static_cast<size_t>(-1);
     explicit FailingMalloc(size_t request = kNever, bool from_then_on = false);
     ~FailingMalloc();
-    FailingMalloc(const FailingMalloc&) = delete;
-    FailingMalloc& operator=(const FailingMalloc&) = delete;
 
     // Of the last scope; readable after its end.
     static bool has_failed();

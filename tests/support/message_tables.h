@@ -8,11 +8,13 @@
 
 #include <qxut/util/message.h>
 
+#include "support/not_copied.h"
+
 namespace qxut_test {
 
 // A primary table with the mnemonics MESSAGE_1, MESSAGE_2, ... and these texts. The codes may be
 // spoilt before registration.
-class Table {
+class Table : private NotCopied {
   public:
     Table(uint32_t module, std::vector<const char*> texts) : texts_(std::move(texts)) {
         for (uint32_t entry = 1; entry <= texts_.size(); ++entry) {
@@ -28,8 +30,6 @@ class Table {
                   texts_.data(),
                   "test"};
     }
-    Table(const Table&) = delete;
-    Table& operator=(const Table&) = delete;
 
     ut_message_table record{};
     std::vector<ut_message_code> codes;
@@ -41,14 +41,12 @@ class Table {
 };
 
 // One module's texts in one language.
-class Translation {
+class Translation : private NotCopied {
   public:
     Translation(uint32_t module, std::vector<const char*> texts)
         : texts_(std::move(texts)),
           table_{module, static_cast<uint32_t>(texts_.size()), texts_.data()},
           tables{1, &table_} {}
-    Translation(const Translation&) = delete;
-    Translation& operator=(const Translation&) = delete;
 
   private:
     std::vector<const char*> texts_;

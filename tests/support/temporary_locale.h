@@ -5,16 +5,16 @@
 #include <filesystem>
 #include <string>
 
+#include "support/not_copied.h"
+
 namespace qxut_test {
 
 // Compiles the locale from the sources of the package "locales" with localedef into a folder of
 // its own and makes it the process's; at the end the process speaks "C" again.
-class TemporaryLocale {
+class TemporaryLocale : private NotCopied {
   public:
     TemporaryLocale(const std::string& source, const std::string& charmap);
     ~TemporaryLocale();
-    TemporaryLocale(const TemporaryLocale&) = delete;
-    TemporaryLocale& operator=(const TemporaryLocale&) = delete;
 
     bool is_set() const { return is_set_; }
 

@@ -35,7 +35,7 @@ void negate(ut_array* /*array*/, void* destination, const void* source) {
     *static_cast<int64_t*>(destination) = -*static_cast<const int64_t*>(source);
 }
 
-class Array {
+class Array : private qxut_test::NotCopied {
   public:
     explicit Array(Contexts& contexts, const std::vector<int64_t>& values = {},
                    ut_array_delete_fcn delete_fn = nullptr) {
@@ -46,8 +46,6 @@ class Array {
         for (const int64_t value : values) ut_array_append(&record, &value);
     }
     ~Array() { ut_array_clear(&record); }
-    Array(const Array&) = delete;
-    Array& operator=(const Array&) = delete;
 
     std::vector<int64_t> values() const {
         std::vector<int64_t> result(record.length);

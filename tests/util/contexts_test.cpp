@@ -50,7 +50,7 @@ struct Storage {
 };
 
 // A record of the plain initialiser that is the current one, and was never so before.
-class Current : public Storage {
+class Current : public Storage, private qxut_test::NotCopied {
   public:
     Current() {
         EXPECT_EQ(utInitializeBasicContexts(&record, throw_to_test, this), 0);
@@ -60,8 +60,6 @@ class Current : public Storage {
         EXPECT_EQ(utInstallBasicContexts(before_), &record);
         utClearBasicContexts(&record);
     }
-    Current(const Current&) = delete;
-    Current& operator=(const Current&) = delete;
 
   private:
     utBasicContexts* before_;
@@ -287,12 +285,10 @@ TEST(BasicContexts, RecordsAreInstalledAndRestored) {
 // --- printing warnings -------------------------------------------------------------------------
 
 // Redirects the console for a scope.
-class Console {
+class Console : private qxut_test::NotCopied {
   public:
     Console(utPutsFcn puts_fcn, void* data) : puts_(puts_fcn), data_(data) { swap(); }
     ~Console() { swap(); }
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
 
   private:
     void swap() { utSwapVprintfCallbacks(&puts_, &data_, &is_hot_, &errors_); }

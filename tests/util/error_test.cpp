@@ -327,7 +327,7 @@ class Nesting {
     int run_items = 0;
 
   private:
-    class CountedItem {
+    class CountedItem : private qxut_test::NotCopied {
       public:
         explicit CountedItem(Nesting& nesting) : nesting_(nesting) {
             ut_link_cleanup_2(&nesting.errors_, &item_, &self_, &nesting, [](void* n, void* item) {
@@ -336,8 +336,6 @@ class Nesting {
                 static_cast<Nesting*>(n)->maybe_raise_again();
             });
         }
-        CountedItem(const CountedItem&) = delete;
-        CountedItem& operator=(const CountedItem&) = delete;
         ~CountedItem() {
             const bool by_error = std::uncaught_exceptions() > exceptions_;
             EXPECT_EQ(runs_, by_error ? 1 : 0);

@@ -35,10 +35,9 @@ TEST(FpcContext, Life) {
 }
 
 TEST(FpcContext, ConversionsAllocateNothing) {
-    Contexts contexts;
-    FpcContext context(contexts);
-    contexts.heap.fail_at(0, CountdownHeap::Failure::from_then_on);
-    const Raised raised = contexts.run([&] {
+    FpcContext context;
+    context.contexts.heap.fail_at(0, CountdownHeap::Failure::from_then_on);
+    const Raised raised = context.contexts.run([&] {
         Doubles doubles;
         for (int i = 0; i < 3000; ++i) {
             const double value = doubles.next();
@@ -55,7 +54,7 @@ TEST(FpcContext, ConversionsAllocateNothing) {
         }
     });
     EXPECT_EQ(raised.code, 0u);
-    EXPECT_FALSE(contexts.heap.has_failed());
+    EXPECT_FALSE(context.contexts.heap.has_failed());
 }
 
 TEST(FpcContext, BlocksComeFromListThenPoolThenMemory) {

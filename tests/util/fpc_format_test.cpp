@@ -67,8 +67,7 @@ bool reads_strictly(const std::string& digits, int point, double value) {
 }
 
 TEST(FpcFormat, ShortestVectors) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     for (const auto& row : kShortest) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(dtoa(context, row.value, 0, 0), shortest_by_library(row.value));
@@ -79,8 +78,7 @@ TEST(FpcFormat, ShortestVectors) {
 }
 
 TEST(FpcFormat, RoundingVectors) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     for (const auto& row : kRounding) {
         SCOPED_TRACE(testing::Message() << row.value << " mode " << row.mode << " " << row.count);
         EXPECT_EQ(dtoa(context, row.value, row.mode, row.count),
@@ -89,8 +87,7 @@ TEST(FpcFormat, RoundingVectors) {
 }
 
 TEST(FpcFormat, ZeroAndNotFinite) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     const double infinity = std::numeric_limits<double>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (int mode = 0; mode < 10; ++mode) {
@@ -111,8 +108,7 @@ TEST(FpcFormat, ZeroAndNotFinite) {
 }
 
 TEST(FpcFormat, ShortestAgreesWithTheLibrary) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     for (int i = 0; i < 100000; ++i) {
         const double value = std::fabs(doubles.next());
@@ -128,8 +124,7 @@ TEST(FpcFormat, ShortestAgreesWithTheLibrary) {
 
 // The shortest digits are those of the open interval too, unless they are one of its ends.
 TEST(FpcFormat, OpenIntervalLeavesItsEndsOut) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     int ends = 0;
     for (int i = 0; i < 3000; ++i) {
@@ -152,8 +147,7 @@ TEST(FpcFormat, OpenIntervalLeavesItsEndsOut) {
 }
 
 TEST(FpcFormat, RoundingAgreesWithTheLibrary) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     for (int i = 0; i < 60000; ++i) {
         const double value = std::fabs(doubles.next());
@@ -177,8 +171,7 @@ TEST(FpcFormat, RoundingAgreesWithTheLibrary) {
 }
 
 TEST(FpcFormat, IgnoresTheRoundingMode) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     for (int i = 0; i < 2000; ++i) {
         const double value = doubles.next();
@@ -196,15 +189,14 @@ TEST(FpcFormat, IgnoresTheRoundingMode) {
 }
 
 TEST(FpcFormat, TextBufferTooSmall) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     for (const double value : {1.0, -0.0, -1.2345678901234568e21, 1.5e-7, -HUGE_VAL, 123.456}) {
         const std::string whole = g_fmt(context, value);
         for (size_t size = 0; size <= whole.size() + 1; ++size) {
             SCOPED_TRACE(testing::Message() << whole << " in " << size);
             std::string buffer(size + 4, '#');
             const Raised raised =
-                contexts.run([&] { ut_g_fmt(context, buffer.data(), size, value); });
+                context.contexts.run([&] { ut_g_fmt(context, buffer.data(), size, value); });
             if (size > whole.size()) {
                 EXPECT_EQ(raised.code, 0u);
                 EXPECT_STREQ(buffer.c_str(), whole.c_str());
@@ -223,8 +215,7 @@ TEST(FpcFormat, TextBufferTooSmall) {
 }
 
 TEST(FpcFormat, DigitBufferTooSmall) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     struct Case {
         double value;
         int mode;
@@ -239,7 +230,7 @@ TEST(FpcFormat, DigitBufferTooSmall) {
             int point = -77;
             int sign = -77;
             char* end = nullptr;
-            const Raised raised = contexts.run([&] {
+            const Raised raised = context.contexts.run([&] {
                 ut_dtoa(context, buffer.data(), size, c.value, c.mode, c.count, &point, &sign,
                         &end);
             });

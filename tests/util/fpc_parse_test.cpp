@@ -47,8 +47,7 @@ std::string middle_after(double value) {
 }
 
 TEST(FpcParse, VectorsInEveryRoundingMode) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     for (const auto& row : kReading)
         EXPECT_EQ(read_text(context, row.text), (Read{row.bits, row.length})) << row.text;
     for (const char* text : kNumbers) {
@@ -62,8 +61,7 @@ TEST(FpcParse, VectorsInEveryRoundingMode) {
 }
 
 TEST(FpcParse, MiddlesAndTheirNeighbours) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     for (int i = 0; i < 4000; ++i) {
         const double value = std::fabs(doubles.next());
@@ -87,8 +85,7 @@ TEST(FpcParse, MiddlesAndTheirNeighbours) {
 }
 
 TEST(FpcParse, AgreesWithTheLibrary) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     Doubles doubles;
     for (int i = 0; i < 100000; ++i) {
         const double value = doubles.next();
@@ -116,8 +113,7 @@ TEST(FpcParse, AgreesWithTheLibrary) {
 }
 
 TEST(FpcParse, EveryPowerOfTenWithFewDigits) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     for (int exponent = -400; exponent <= 400; ++exponent) {
         for (const char* digits : {"1", "2", "5", "9", "12345678", "9007199254740993",
                                    "18446744073709551615", "9999999999999999999"}) {
@@ -128,8 +124,7 @@ TEST(FpcParse, EveryPowerOfTenWithFewDigits) {
 }
 
 TEST(FpcParse, LongTexts) {
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     const std::string zeros(3000000, '0');
     EXPECT_EQ(ut_strtod(context, ("1" + zeros + "e-3000000").c_str(), nullptr), 1.0);
     EXPECT_EQ(ut_strtod(context, ("0." + zeros + "15e3000001").c_str(), nullptr), 1.5);
@@ -143,7 +138,7 @@ TEST(FpcParse, LongTexts) {
         bits_of(ut_strtod(
             context, ("9007199254740993" + zeros + "." + zeros + "1e-3000000").c_str(), nullptr)),
         0x4340000000000001u);
-    EXPECT_EQ(contexts.blocks(), 0u);
+    EXPECT_EQ(context.contexts.blocks(), 0u);
 }
 
 }  // namespace

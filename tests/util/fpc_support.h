@@ -15,17 +15,15 @@
 
 namespace qxut_test {
 
-class FpcContext {
+class FpcContext : private NotCopied {
   public:
-    explicit FpcContext(Contexts& contexts) {
-        ut_initialize_fpc_context(&context_, &contexts.memory);
-    }
+    FpcContext() { ut_initialize_fpc_context(&context_, &contexts.memory); }
     ~FpcContext() { ut_clear_fpc_context(&context_); }
-    FpcContext(const FpcContext&) = delete;
-    FpcContext& operator=(const FpcContext&) = delete;
 
     operator ut_fpc_context*() { return &context_; }
     ut_fpc_context* operator->() { return &context_; }
+
+    Contexts contexts;
 
   private:
     ut_fpc_context context_{};
@@ -100,12 +98,10 @@ class Doubles {
 };
 
 // Sets a rounding mode for a scope.
-class RoundingMode {
+class RoundingMode : private NotCopied {
   public:
     explicit RoundingMode(int mode) : before_(std::fegetround()) { std::fesetround(mode); }
     ~RoundingMode() { std::fesetround(before_); }
-    RoundingMode(const RoundingMode&) = delete;
-    RoundingMode& operator=(const RoundingMode&) = delete;
 
   private:
     int before_;

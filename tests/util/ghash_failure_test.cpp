@@ -24,7 +24,7 @@ using qxut_test::Contexts;
 enum class Step { none, hash, compare, copy_key, copy_data, delete_key, delete_data };
 
 // A table from texts to texts, both duplicated, that fails at the next call of one callback.
-class Texts {
+class Texts : private qxut_test::NotCopied {
   public:
     explicit Texts(Contexts& owner, int32_t size = 0) : contexts(owner) {
         ut_initialize_ghash_table(&table, &contexts.memory, hash, compare, copy<Step::copy_key>,
@@ -36,8 +36,6 @@ class Texts {
         failing = Step::none;
         ut_clear_ghash_table(&table);
     }
-    Texts(const Texts&) = delete;
-    Texts& operator=(const Texts&) = delete;
 
     bool insert(const char* key, const char* data) { return ut_ghash_insert(&table, &key, &data); }
     bool replace(const char* key, const char* data) {

@@ -24,7 +24,7 @@ using Entry = std::pair<uint64_t, uint64_t>;
 using Entries = std::vector<Entry>;
 
 // Tables of words with default callbacks: a data offset of 8, or any other.
-class Words {
+class Words : private qxut_test::NotCopied {
   public:
     Words(Contexts& contexts, int32_t size, float lower, float upper, int32_t data_offset = 8) {
         ut_initialize_ghash_table(&table, &contexts.memory, nullptr, nullptr, nullptr, nullptr,
@@ -32,8 +32,6 @@ class Words {
                                   static_cast<uint32_t>(data_offset) + 8, 0, size, lower, upper);
     }
     ~Words() { ut_clear_ghash_table(&table); }
-    Words(const Words&) = delete;
-    Words& operator=(const Words&) = delete;
 
     bool insert(uint64_t key, uint64_t data) { return ut_ghash_insert(&table, &key, &data); }
     bool replace(uint64_t key, uint64_t data) { return ut_ghash_replace(&table, &key, &data); }

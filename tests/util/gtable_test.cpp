@@ -14,14 +14,12 @@ namespace {
 using qxut_test::Contexts;
 using testing::ElementsAre;
 
-class Table {
+class Table : private qxut_test::NotCopied {
   public:
     Table(Contexts& contexts, uint32_t columns, uint32_t rows) {
         ut_initialize_gtable(&record, &contexts.memory, columns, rows);
     }
     ~Table() { ut_clear_gtable(&record); }
-    Table(const Table&) = delete;
-    Table& operator=(const Table&) = delete;
 
     ut_gtable record{};
 };

@@ -42,12 +42,10 @@ std::ostream& operator<<(std::ostream& out, const Parsed& parsed) {
 }
 
 // A buffer for the length of a scope.
-struct Buffer : ut_dsbuffer {
+struct Buffer : ut_dsbuffer, private qxut_test::NotCopied {
     explicit Buffer(Contexts& contexts) : ut_dsbuffer{} {
         ut_initialize_dsbuffer(this, &contexts.memory, 1);
     }
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
     ~Buffer() { ut_clear_dsbuffer(this); }
     std::string text() const { return {data, length}; }
 };

@@ -48,7 +48,7 @@ struct Item {
 };
 using Model = std::vector<Item>;
 
-class Machine {
+class Machine : private qxut_test::NotCopied {
   public:
     explicit Machine(unsigned seed) : random_(seed), trackers_(&contexts.errors) {
         ut_initialize_ihash_table(
@@ -60,8 +60,6 @@ class Machine {
         ut_clear_ihash_table(&table_);
         EXPECT_EQ(trackers_.keys.live() + trackers_.data.live(), 0u);
     }
-    Machine(const Machine&) = delete;
-    Machine& operator=(const Machine&) = delete;
 
     int pick(int below) { return std::uniform_int_distribution<int>(0, below - 1)(random_); }
 

@@ -28,12 +28,10 @@ constexpr int64_t kHighest = std::numeric_limits<int64_t>::max();
 using Interval = std::pair<int64_t, int64_t>;
 using Intervals = std::vector<Interval>;
 
-class Set {
+class Set : private qxut_test::NotCopied {
   public:
     explicit Set(Contexts& contexts) { ut_initialize_fsi(&set, &contexts.memory); }
     ~Set() { ut_clear_fsi(&set); }
-    Set(const Set&) = delete;
-    Set& operator=(const Set&) = delete;
 
     Intervals intervals() const {
         Intervals all;

@@ -18,14 +18,12 @@ namespace {
 
 using qxut_test::Contexts;
 
-class Names {
+class Names : private qxut_test::NotCopied {
   public:
     explicit Names(Contexts& contexts, int32_t size = 0) {
         ut_initialize_namehash(&record, &contexts.memory, size);
     }
     ~Names() { ut_clear_namehash(&record); }
-    Names(const Names&) = delete;
-    Names& operator=(const Names&) = delete;
 
     const char* add(const std::string& name) { return ut_namehash_add(&record, name.c_str()); }
     const char* lookup(const char* name) { return ut_namehash_lookup(&record, name); }

@@ -45,8 +45,7 @@ bool survives(ut_fpc_context* context, double value) {
 int main(int argc, char** argv) {
     const long count = argc > 1 ? std::atol(argv[1]) : 10000000;
     std::mt19937_64 random(argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1);
-    Contexts contexts;
-    FpcContext context(contexts);
+    FpcContext context;
     long done = 0;
     long failures = 0;
     for (; done < count; ++done) {

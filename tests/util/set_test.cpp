@@ -19,14 +19,12 @@ void note(uintptr_t value, uintptr_t values, uintptr_t /*unused*/) {
     reinterpret_cast<Values*>(values)->push_back(value);
 }
 
-class Set {
+class Set : private qxut_test::NotCopied {
   public:
     Set(std::initializer_list<uintptr_t> values = {}) {
         for (const uintptr_t value : values) EXPECT_TRUE(utAddElementToEndOfSet(value, set));
     }
     ~Set() { utDestroyNonEmptySet(set); }
-    Set(const Set&) = delete;
-    Set& operator=(const Set&) = delete;
 
     Values values() const {
         Values all;

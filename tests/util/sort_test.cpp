@@ -265,7 +265,7 @@ TEST(Sort, ContradictoryComparisonStaysInTheArray) {
 // --- memory, errors and interrupts
 
 // A record of contexts on a counting heap, current while it lives.
-class Installed {
+class Installed : private qxut_test::NotCopied {
   public:
     Installed() {
         EXPECT_EQ(
@@ -276,8 +276,6 @@ class Installed {
         before_ = utInstallBasicContexts(&record_);
         blocks_ = heap.live_blocks();
     }
-    Installed(const Installed&) = delete;
-    Installed& operator=(const Installed&) = delete;
     ~Installed() {
         EXPECT_EQ(heap.live_blocks(), blocks_) << "the swap buffer leaked";
         EXPECT_EQ(record_.error_context.cleanup, 0u);

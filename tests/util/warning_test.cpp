@@ -28,14 +28,12 @@ constexpr ut_language_tables kGermanTables = {1, &kGermanTable};
 constexpr char kDivisionId[] = "VELUMA:division";
 
 // A warning context that prints to a string.
-struct Warnings {
+struct Warnings : private qxut_test::NotCopied {
     explicit Warnings(Contexts& own) : contexts(own) {
         ut_mem_add_primary_message_table(&contexts.memory, &kTable);
         ut_initialize_warning_context(&context, &contexts.messages, &contexts.errors,
                                       &contexts.memory, print, this);
     }
-    Warnings(const Warnings&) = delete;
-    Warnings& operator=(const Warnings&) = delete;
     ~Warnings() { ut_clear_warning_context(&context); }
 
     // What a warning printed.
