@@ -303,6 +303,21 @@ TEST(IntervalSet, FullRange) {
     EXPECT_STREQ(ut_fsi_check(set), nullptr);
 }
 
+TEST(IntervalSet, EmptyIntervalsChangeNothing) {
+    Contexts contexts;
+    Set tested(contexts);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(ut_fsi_insert_interval(&tested.set, 5, 4));
+        EXPECT_FALSE(ut_fsi_remove_interval(&tested.set, kHighest, kLowest));
+        EXPECT_TRUE(ut_fsi_contains_interval(&tested.set, 5, 4));
+        EXPECT_FALSE(ut_fsi_meets_interval(&tested.set, 5, 4));
+        EXPECT_EQ(ut_fsi_count(&tested.set), round == 0 ? 0u : 11u);
+        ut_fsi_insert_interval(&tested.set, 0, 10);
+    }
+    ut_fsi_complement(&tested.set, &tested.set, 5, 4);
+    EXPECT_TRUE(ut_fsi_is_empty(&tested.set));
+}
+
 TEST(IntervalSet, LifeOfARecord) {
     Contexts contexts;
     ut_fsi* const set = ut_new_fsi(&contexts.memory);

@@ -62,6 +62,8 @@ TEST(OrderedSet, ACallMayRemoveItsValue) {
             reinterpret_cast<uintptr_t>(s.set), 1);
         EXPECT_EQ(s.values(), (Values{2, 4}));
     }
+    const Set empty;
+    EXPECT_EQ(utGetNextSetElement(empty.set, 0), 0u);
     utDestroyNonEmptySet(nullptr);
     utDestroySet(nullptr);
     utDestroySet(utCreateSet());
