@@ -496,4 +496,26 @@ TEST(Ghash, Statistics) {
     ut_clear_ghash_table(&table);
 }
 
+TEST(Ghash, TextsByTheReadyMadeCallbacks) {
+    Contexts contexts;
+    ut_ghash_table table;
+    ut_initialize_ghash_table(&table, &contexts.memory, ut_ghash_string_key,
+                              ut_ghash_compare_string_keys, ut_ghash_copy_string_key,
+                              ut_ghash_delete_string_key, nullptr, nullptr, 8, 8, 4, 12,
+                              reinterpret_cast<uintptr_t>(&contexts.memory), 0, 0.25F, 1.0F);
+    for (const bool present : {false, true}) {
+        for (int i = 0; i < 200; ++i) {
+            const std::string text =
+                std::string(static_cast<size_t>(i % 40), 'x') + std::to_string(i);
+            const char* const slot = text.c_str();
+            EXPECT_EQ(ut_ghash_insert(&table, &slot, &i), present) << text;
+            if (present && i % 2 == 0) {
+                EXPECT_TRUE(ut_ghash_remove_element(&table, &slot));
+            }
+        }
+    }
+    EXPECT_EQ(table.count, 100);
+    ut_clear_ghash_table(&table);
+}
+
 }  // namespace

@@ -121,6 +121,9 @@ TEST(Ihash, KeysWithoutData) {
     EXPECT_EQ(ut_ihash_query_data_by_index(&table.record, 0), nullptr);
     EXPECT_EQ(table.index_of(5), 0);
     EXPECT_EQ(table.index_of(4), 1);
+    ut_ihash_empty(&table.record, 0);
+    EXPECT_EQ(table.index_of(4), -1);
+    EXPECT_THAT(table.entries(), ElementsAre());
 }
 
 TEST(Ihash, AppliesInIndexOrderAndStopsEarly) {
