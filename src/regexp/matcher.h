@@ -1,0 +1,48 @@
+// matcher.h - one search of a program over a text.
+#ifndef QXUT_SRC_REGEXP_MATCHER_H
+#define QXUT_SRC_REGEXP_MATCHER_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include <qxut/regexp/context.hpp>
+#include <qxut/regexp/search.hpp>
+
+namespace qxut::regexp {
+
+struct Program;      // program.h
+struct StartSearch;  // analysis.h
+
+inline constexpr size_t kUnset = SIZE_MAX;
+
+// What outlives one search while the matches of one text are iterated: the steps used so far, and
+// the recorded failures, which hold for every start in the same text.
+class Iteration;
+
+struct SearchRequest {
+    const Program* program = nullptr;
+    const StartSearch* starts = nullptr;  // null: every position is tried
+    const char16_t* text = nullptr;
+    size_t length = 0;
+    size_t start = 0;
+    bool anchored = false;
+    bool not_empty = false;        // an empty match is none
+    size_t not_empty_at = kUnset;  // an empty match at this position is none
+    RE_Limits limits;              // 0: the defaults
+    const std::atomic<bool>* cancel = nullptr;
+    RE_Context* context = nullptr;
+    void* const* functions = nullptr;  // the prepared expressions, by RE_Text::id; null: none
+    RE_Seek_Table* table = nullptr;
+    Iteration* iteration = nullptr;  // null: a search of its own
+    // Answers, an error or not.
+    uint64_t steps_used = 0;
+    bool reached_end = false;
+};
+
+// The leftmost match from `start`. extents[2k], extents[2k+1] get the extent of token k, 0 being
+// the match, kUnset where unset; unchanged without a match. Throws as RE_Tree::match does.
+bool search(SearchRequest& request, size_t* extents);
+
+}  // namespace qxut::regexp
+
+#endif
