@@ -9,8 +9,8 @@
 // the target, which it gives first in the next call.
 //
 // Places: decoding tells for each unit where in the given piece its bytes began; when that was in
-// an earlier piece it says -1 or 0. Then it began where the incomplete character that ICU kept
-// began, as behind such a one nothing else can begin at 0.
+// an earlier piece it says -1, or 0, and some encodings' units behind such a one are shifted. So a
+// character that ICU keeps a part of is completed byte by byte; it began where the kept bytes do.
 // Encoding may stop at a unit of an earlier pivot, so the last places of that are kept in front of
 // the new ones.
 //
@@ -52,6 +52,11 @@ UConverter* open_stopping(const char* name) {
     }
     qxut::throw_open_failure(failure, name);
     return converter;
+}
+
+bool is_utf16(const UConverter* converter) {
+    const UConverterType type = ucnv_getType(converter);
+    return type == UCNV_UTF16 || type == UCNV_UTF16_BigEndian || type == UCNV_UTF16_LittleEndian;
 }
 
 int32_t code_point_of(const UChar* units, int8_t count) {
@@ -143,17 +148,22 @@ void ConversionStream::State::keep_ill_formed(uint64_t decoded) {
     has_ill_formed = true;
     ill_formed_place =
         decoded - static_cast<uint64_t>(kept) - static_cast<uint64_t>(ill_formed_length);
+    // Of the unit behind a lone lead surrogate ICU may have the first byte from an earlier piece;
+    // it counts that one nowhere.
+    if (is_utf16(decoder)) ill_formed_place &= ~uint64_t{1};
 }
 
 // Refills the pivot, which is used up.
 void ConversionStream::State::decode(const char*& source, const char* end, bool last) {
     std::memmove(places, places + pivot_end, kHeldUnits * sizeof places[0]);
     const auto available = static_cast<size_t>(end - source);
-    const size_t piece = std::min(available, kLargestPiece);
-    const bool flush = last && piece == available;
     UErrorCode error = U_ZERO_ERROR;
     const int32_t kept = ucnv_toUCountPending(decoder, &error);
-    const uint64_t earlier = account.read - static_cast<uint64_t>(kept);
+    const size_t piece = std::min(available, kept > 0 ? 1 : kLargestPiece);
+    const bool flush = last && piece == available;
+    // Some encodings keep a byte that is not counted.
+    const uint64_t earlier =
+        account.read - std::min(account.read, static_cast<uint64_t>(std::max(kept, 1)));
 
     int32_t offsets[kPivotUnits];
     UChar* unit = pivot;
@@ -167,7 +177,8 @@ void ConversionStream::State::decode(const char*& source, const char* end, bool 
     is_insertion = false;
     pivot_at = 0;
     pivot_end = static_cast<int32_t>(unit - pivot);
-    const int32_t first_here = kept > 0 ? 1 : 0;
+    // Behind kept bytes 0 is where they began; only of UTF-7 a kept run may end in front of it.
+    const int32_t first_here = kept > 0 && ucnv_getType(decoder) != UCNV_UTF7 ? 1 : 0;
     for (int32_t i = 0; i < pivot_end; ++i) {
         places[kHeldUnits + i] =
             offsets[i] < first_here ? earlier : account.read + static_cast<uint64_t>(offsets[i]);

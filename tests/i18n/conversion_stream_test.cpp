@@ -166,6 +166,17 @@ TEST(ConversionStream, PoliciesAndAccounts) {
          0,
          Status::stopped,
          {2, 2, -1}},
+        {"HZ", "UTF-8", Policy::substitute, "a~{VP~}", "a\xE4\xB8\xAD", 0, Status::finished, {}},
+        {"HZ", "ISO-8859-1", Policy::stop, "a~{VPND~}", "a", 0, Status::stopped, {3, 0, 0x4E2D}},
+        // The unit behind a lone surrogate is looked at, and left; it may lie in two pieces.
+        {"UTF-16BE",
+         "UTF-8",
+         Policy::stop,
+         std::string("\0a\xD8\x3D\0bc", 7),
+         "a",
+         0,
+         Status::stopped,
+         {2, 2, -1}},
         {"UTF-8", "UTF-8", Policy::stop, "", "", 0, Status::finished, {}},
     };
     for (const auto& row : kCases) {
@@ -188,9 +199,11 @@ TEST(ConversionStream, PoliciesAndAccounts) {
         EXPECT_EQ(again.read + again.written, 0u);
         for (size_t cut = 0; cut <= row.source.size(); ++cut) {
             for (const size_t room : {1, 2, 1000}) {
-                stream.reset();
-                EXPECT_EQ(convert(stream, row.source, cut, 1, room), whole)
-                    << "cut at " << cut << ", room for " << room;
+                for (const size_t then : {1, 1000}) {
+                    stream.reset();
+                    EXPECT_EQ(convert(stream, row.source, cut, then, room), whole)
+                        << "cut at " << cut << ", then " << then << ", room for " << room;
+                }
             }
         }
     }
