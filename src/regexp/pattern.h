@@ -5,31 +5,13 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include <qxut/regexp/context.hpp>
 
+#include "regexp/allocator.h"
 #include "regexp/nodes.h"
 
 namespace qxut::regexp {
-
-// Like every allocation of the subsystem, that of its vectors goes to utMalloc; what fails calls
-// the out-of-memory listener and throws std::bad_alloc.
-template <class T>
-struct Allocator {
-    using value_type = T;
-    Allocator() noexcept = default;
-    template <class U>
-    Allocator(const Allocator<U>&) noexcept {}
-    T* allocate(size_t count);
-    void deallocate(T* block, size_t) noexcept;
-    template <class U>
-    bool operator==(const Allocator<U>&) const noexcept {
-        return true;
-    }
-};
-template <class T>
-using Vector = std::vector<T, Allocator<T>>;
 
 // The names that a pattern sees from outside: a dynamic pattern's, those of the pattern around it.
 struct OuterTokens {

@@ -126,10 +126,31 @@ constexpr auto kArrayMessages = make_messages<40>({
      "内部エラー: 配列のデータ要素のサイズは 0 以外でなければなりません。"},
 });
 
+constexpr auto kRegexpMessages = make_messages<41>({
+    {"REGEXP_REPEATED_MODE_FLAG", "Repeated mode flag.", "モードフラグが重複しています。"},
+    {"REGEXP_PROGRAM_TOO_LARGE",
+     "The regular expression is too large: its program limit of %llu instructions was exceeded at "
+     "position %llu of the pattern.",
+     "正規表現が大きすぎます: パターンの位置 %2 で、プログラムの上限である %1 "
+     "命令を超えました。"},
+    {"REGEXP_STEP_LIMIT",
+     "The search with a regular expression exceeded its step limit of %llu at position %llu of the "
+     "text.",
+     "正規表現による検索が、テキストの位置 %2 でステップ数の上限 %1 を超えました。"},
+    {"REGEXP_MEMORY_LIMIT",
+     "The search with a regular expression exceeded its memory limit of %llu bytes at position "
+     "%llu of the text.",
+     "正規表現による検索が、テキストの位置 %2 でメモリの上限 %1 バイトを超えました。"},
+    {"REGEXP_DEPTH_LIMIT",
+     "The search with a regular expression exceeded its limit of %llu nested dynamic patterns at "
+     "position %llu of the text.",
+     "正規表現による検索が、テキストの位置 %2 で動的パターンの入れ子の上限 %1 を超えました。"},
+});
+
 constexpr ut_translated_table kJapaneseTables[] = {
     kErrorMessages.translated(),   kMemoryMessages.translated(), kHashMessages.translated(),
     kWarningMessages.translated(), kFpcMessages.translated(),    kGtableMessages.translated(),
-    kArrayMessages.translated(),
+    kArrayMessages.translated(),   kRegexpMessages.translated(),
 };
 
 }  // namespace
@@ -142,6 +163,7 @@ constexpr ut_message_table warning_message_table = kWarningMessages.primary("war
 constexpr ut_message_table fpc_message_table = kFpcMessages.primary("fpc");
 constexpr ut_message_table gtable_message_table = kGtableMessages.primary("gtable");
 constexpr ut_message_table array_message_table = kArrayMessages.primary("array");
+constexpr ut_message_table regexp_message_table = kRegexpMessages.primary("regexp");
 
 constexpr ut_language_tables builtin_japanese = {sizeof kJapaneseTables / sizeof kJapaneseTables[0],
                                                  kJapaneseTables};

@@ -14,6 +14,7 @@ extern const ut_message_table warning_message_table;  // module 4
 extern const ut_message_table fpc_message_table;      // module 25
 extern const ut_message_table gtable_message_table;   // module 34
 extern const ut_message_table array_message_table;    // module 40
+extern const ut_message_table regexp_message_table;   // module 41
 
 // The texts of modules 1 and up in Japanese, UTF-8.
 extern const ut_language_tables builtin_japanese;

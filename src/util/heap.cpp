@@ -8,6 +8,8 @@
 #include <cstring>
 #include <new>
 
+#include "util/heap_failure.h"
+
 namespace {
 
 utOutOfMemoryListener out_of_memory_listener = nullptr;
@@ -19,12 +21,17 @@ class BadAllocation : public std::bad_alloc {
 };
 
 void* require(void* block) {
-    if (block != nullptr) return block;
-    if (out_of_memory_listener != nullptr) out_of_memory_listener();
-    throw BadAllocation();
+    if (block == nullptr) [[unlikely]]
+        qxut::fail_for_memory();
+    return block;
 }
 
 }  // namespace
+
+void qxut::fail_for_memory() {
+    if (out_of_memory_listener != nullptr) out_of_memory_listener();
+    throw BadAllocation();
+}
 
 void* utMalloc(size_t size) { return size == 0 ? nullptr : std::malloc(size); }
 

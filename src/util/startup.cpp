@@ -5,7 +5,8 @@
 //   2. the built-in message tables are registered with it, one reference of the library's own;
 //   3. the built-in Japanese texts are added under "ja".
 // Unloading, or the end of the process: the converters that threads have kept are closed, the
-// tables lose the library's reference, then the holder clears the record. Nothing is allocated then.
+// tables lose the library's reference, then the holder clears the record. Nothing is allocated
+// then.
 //
 // No other file of the library has work to do at these times: there are no global constructors,
 // no thread-local destructors and no exit handlers that would outlive the code they call.
@@ -37,7 +38,7 @@ BasicContextsHolder* default_holder = nullptr;
 
 constexpr const ut_message_table* kBuiltinTables[] = {
     &error_message_table, &memory_message_table, &hash_message_table,  &warning_message_table,
-    &fpc_message_table,   &gtable_message_table, &array_message_table,
+    &fpc_message_table,   &gtable_message_table, &array_message_table, &regexp_message_table,
 };
 
 void require(utBasicContexts& record, int32_t status, ut_message_code position) {

@@ -345,8 +345,8 @@ TEST_F(Message, LanguagesMergeByModuleAndFallBack) {
 
 TEST_F(Message, BuiltinTablesAndTheirJapaneseAgree) {
     const ut_message_table* const tables[] = {
-        &qxut::error_message_table, &qxut::memory_message_table, &qxut::hash_message_table,
-        &qxut::warning_message_table, &qxut::fpc_message_table};
+        &qxut::error_message_table,   &qxut::memory_message_table, &qxut::hash_message_table,
+        &qxut::warning_message_table, &qxut::fpc_message_table,    &qxut::regexp_message_table};
     for (const ut_message_table* table : tables) {
         int32_t status = -1;
         ut_add_primary_message_table(&status, &context, table, CountdownHeap::reallocate);

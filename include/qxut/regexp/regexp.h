@@ -5,9 +5,9 @@
  * units. The language is that of RE_Tree; problems in a pattern go unreported, evaluation is
  * disabled.
  *
- * Raised through the error context of the current record: REGEXP_REPEATED_MODE_FLAG,
- * REGEXP_PROGRAM_TOO_LARGE, REGEXP_STEP_LIMIT, REGEXP_MEMORY_LIMIT, ERR_SIGNAL_INTERRUPT,
- * OUT_OF_MEMORY.
+ * Raised through the error context of the current record: a code of module
+ * "regexp", ERR_SIGNAL_INTERRUPT, OUT_OF_MEMORY. The arguments of the codes below are unsigned long
+ * long.
  */
 #ifndef QXUT_REGEXP_REGEXP_H
 #define QXUT_REGEXP_REGEXP_H
@@ -19,6 +19,15 @@
 #endif
 
 QXUT_BEGIN_DECLS
+
+/* Module 41. */
+enum ut_regexp_code {
+    UT_REGEXP_REPEATED_MODE_FLAG = 2686977,
+    UT_REGEXP_PROGRAM_TOO_LARGE = 2686978, /* arguments: limit, position in the pattern */
+    UT_REGEXP_STEP_LIMIT = 2686979,        /* arguments: limit, position in the text */
+    UT_REGEXP_MEMORY_LIMIT = 2686980,
+    UT_REGEXP_DEPTH_LIMIT = 2686981
+};
 
 /* An extent, half open; both SIZE_MAX for a token that took no part. */
 typedef struct utRegexpExtent {
