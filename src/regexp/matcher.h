@@ -18,6 +18,11 @@ inline constexpr size_t kUnset = SIZE_MAX;
 // What outlives one search while the matches of one text are iterated: the steps used so far, and
 // the recorded failures, which hold for every start in the same text.
 class Iteration;
+Iteration* new_iteration();  // std::bad_alloc
+void delete_iteration(Iteration* iteration) noexcept;
+
+// A bit of RE_Search_Info::flags, for tests: the search takes no short cuts.
+inline constexpr unsigned kPlainSearch = 1U << 31;
 
 struct SearchRequest {
     const Program* program = nullptr;
@@ -27,8 +32,9 @@ struct SearchRequest {
     size_t start = 0;
     bool anchored = false;
     bool not_empty = false;        // an empty match is none
+    bool plain = false;            // no recording, no fast paths, no search for starts
     size_t not_empty_at = kUnset;  // an empty match at this position is none
-    RE_Limits limits;              // 0: the defaults
+    RE_Limits limits;              // as the caller gave them; resolve_limits puts the defaults in
     const std::atomic<bool>* cancel = nullptr;
     RE_Context* context = nullptr;
     void* const* functions = nullptr;  // the prepared expressions, by RE_Text::id; null: none
