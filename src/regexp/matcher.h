@@ -34,6 +34,7 @@ struct SearchRequest {
     bool not_empty = false;        // an empty match is none
     bool plain = false;            // no recording, no fast paths, no search for starts
     size_t not_empty_at = kUnset;  // an empty match at this position is none
+    bool is_plain = false;         // kPlainSearch
     RE_Limits limits;              // as the caller gave them; resolve_limits puts the defaults in
     const std::atomic<bool>* cancel = nullptr;
     RE_Context* context = nullptr;
@@ -41,7 +42,7 @@ struct SearchRequest {
     RE_Seek_Table* table = nullptr;
     Iteration* iteration = nullptr;  // null: a search of its own
     // Answers, an error or not.
-    uint64_t steps_used = 0;
+    uint64_t steps_used = 0;  // of the whole iteration
     bool reached_end = false;
 };
 

@@ -1,0 +1,206 @@
+// program.h - what the matcher runs: a graph lowered to one vector of instructions.
+//
+// An instruction names its successors itself: `next`, and `alt` where it has a second way on;
+// kNoWay is none, the path fails there. Instructions stand in pattern order: forward edges go to
+// higher indexes, only loops lead back, and the inside of a choice's branch, of a loop and of a
+// body is one run of instructions. So an instruction is on every way to a match exactly when no
+// forward edge of an instruction before it leads behind it.
+//
+// Registers hold what a run keeps besides position and tokens: the counts of counters, where the
+// current iteration of a loop began, and how high the backtrack stack was where a region began.
+// None is in use twice at a time: a program calls nothing (a dynamic part is a run of its own).
+//
+// A region is what is decided as a whole: an atomic group, a possessive repetition, a look-around's
+// body. Reaching its end drops the ways that are left inside.
+//
+// Lowered by lower.cpp from the nodes, printed by program_text.cpp. The matcher is matcher_run.cpp.
+#ifndef QXUT_SRC_REGEXP_PROGRAM_H
+#define QXUT_SRC_REGEXP_PROGRAM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "regexp/pattern.h"
+
+namespace qxut::regexp {
+
+class CharacterSet;  // character_set.h
+
+inline constexpr uint32_t kNoWay = UINT32_MAX;
+inline constexpr uint32_t kNoLimit = UINT32_MAX;
+
+enum class Op : uint8_t {
+    // One character, then next.
+    character,  // arg: its code point; a lone surrogate is no half of a pair
+    either,     // arg, alt: two code points that fold alike
+    any,        // any character
+    line,       // any but the newline
+    set,        // arg: of Program::sets
+    // A run of characters, then next.
+    string,         // arg: of Program::strings; without lone surrogates
+    folded_string,  // arg: of Program::folded_strings
+    // One character again and again; arg: of Program::loops. The kinds differ in what they leave to
+    // backtracking: fewer characters, more, nothing.
+    loop_greedy,
+    loop_lazy,
+    loop_possessive,
+    // The same read from right to left, in the body of a look-behind that is read so.
+    back_character,
+    back_either,
+    back_any,
+    back_line,
+    back_set,
+    // Tests of the position; next where they hold.
+    start_text,
+    end_text,
+    start_line,
+    end_line,
+    start_word,
+    end_word,
+    // Tokens. The extent is set at the end; until then the token keeps the one before.
+    token_start,  // arg: the token
+    token_end,
+    // The text of a token again; arg: of Program::references.
+    reference,
+    reference_folded,
+    // Ways on. A split tries next, then alt. A choice has one row of targets for each kind of
+    // character that may stand at the position; arg: of Program::choices. It has no next.
+    split,
+    choice,
+    if_token,  // next where one of the tokens is set, alt where not; arg: of Program::references
+    // Counted repetition; arg: of Program::counters. The start clears the count, and next is the
+    // counter. The counter goes on to next, the body, which leads back to it, or to alt, the exit.
+    counter_start,
+    counter,
+    // An iteration whose body may match nothing; arg: its register. The start keeps the position.
+    // The end, on the way back, goes to next where the position has moved, else to alt, the exit.
+    iteration_start,
+    iteration_end,
+    // Regions; arg of all: of Program::regions. An atomic region goes on to next, its body.
+    // A look-around's body stands behind it; it goes on to next where the body matches, to alt
+    // where it does not. The end of a look-around has no next.
+    atomic,
+    look_ahead,
+    look_behind,
+    region_end,
+    // Host and dynamic patterns; arg: of Program::texts.
+    evaluate,            // for its effect
+    evaluate_condition,  // next where true, alt where not
+    evaluate_dynamic,    // the answer is parsed and matched
+    parse_dynamic,       // the text is parsed and matched
+    match,               // the end
+};
+
+// Whether alt is a way on; an either's is a code point.
+constexpr bool has_alt(Op op) {
+    return op == Op::split || op == Op::if_token || op == Op::counter || op == Op::iteration_end ||
+           op == Op::look_ahead || op == Op::look_behind || op == Op::evaluate_condition;
+}
+
+struct Instruction {
+    Op op = Op::match;
+    uint32_t next = kNoWay;
+    uint32_t alt = kNoWay;
+    uint32_t arg = 0;
+};
+
+// What a single-character loop repeats: an instruction of the first group.
+struct Loop {
+    Op what = Op::any;   // character, either, any, line, set
+    uint32_t arg = 0;    // as that instruction's
+    uint32_t other = 0;  // an either's second code point
+    uint32_t min = 0;
+    uint32_t max = kNoLimit;
+};
+
+struct Counter {
+    enum class Kind : uint8_t { fixed, greedy, lazy } kind = Kind::fixed;
+    uint32_t count = 0;  // fixed: exactly so many iterations; else at most
+    uint32_t reg = 0;    // its register
+};
+
+struct Region {
+    uint32_t reg = 0;  // holds the stack's height at the region's beginning
+    bool sets_tokens = false;
+    // A look-behind's: how many characters its body can match.
+    uint32_t min = 0;
+    uint32_t max = kNoLimit;
+    bool is_read_backwards = false;
+};
+
+// The tokens that a reference or a condition means: a run of Program::tokens, ascending. It means
+// the first one that is set; an empty run is a token that does not exist.
+struct Reference {
+    uint32_t first = 0;
+    uint32_t count = 0;
+};
+
+// A run of Program::units.
+struct Run {
+    uint32_t first = 0;
+    uint32_t length = 0;
+};
+// The members of one character's folding class, all of one unit; the last one is repeated to fill.
+struct FoldedUnit {
+    char16_t units[4];
+};
+
+// The ways on from a choice by the unit at the position: rows[unit] below U+0100, then the row for
+// any other unit, then that for the end of the text. A row is a run of Program::targets, tried in
+// order; the run ends in kNoWay.
+struct Choice {
+    static constexpr uint32_t kOther = 256;
+    static constexpr uint32_t kEnd = 257;
+    uint16_t rows[258] = {};  // offset from `first`
+    uint32_t first = 0;       // in Program::targets
+};
+
+// What encloses an instruction: what a recorded failure at it depends on besides the position.
+struct Scope {
+    enum class Kind : uint8_t { counter, iteration, region } kind = Kind::region;
+    uint32_t parent = kNoWay;
+    uint32_t arg = 0;  // of Program::counters, the register, of Program::regions
+};
+
+struct Program : RE_Memory {
+    Program();
+    ~Program();
+    Program(Program&&) noexcept;
+    Program& operator=(Program&&) noexcept;
+
+    Vector<Instruction> code;
+    uint32_t first = 0;  // where a match begins
+    Vector<CharacterSet> sets;
+    Vector<Run> strings;
+    Vector<Run> folded_strings;  // of `folded_units`
+    Vector<char16_t> units;
+    Vector<FoldedUnit> folded_units;
+    Vector<Loop> loops;
+    Vector<Counter> counters;
+    Vector<Region> regions;
+    Vector<Reference> references;
+    Vector<uint32_t> tokens;
+    Vector<Choice> choices;
+    Vector<uint32_t> targets;
+    Vector<Scope> scopes;
+    Vector<uint32_t> scope_of;       // one an instruction; kNoWay: nothing encloses it
+    Vector<RE_Text> texts;           // units of the pattern that the program was lowered from
+    Vector<uint32_t> tested_tokens;  // those that conditions test
+    uint32_t register_count = 0;
+    uint32_t token_count = 0;
+    Vector<const char16_t*> names;  // of the tokens, from number 1; null: none
+    bool records_failures = true;   // false with back-references and dynamic parts
+    bool has_dynamic_parts = false;
+};
+
+// Lowers a parsed pattern, which must outlive the program. Throws UserException
+// (REGEXP_PROGRAM_TOO_LARGE), InterruptException, std::bad_alloc.
+Program lower(const Pattern& pattern);
+
+// The program as text, one line an instruction.
+std::string program_text(const Program& program);
+
+}  // namespace qxut::regexp
+
+#endif
