@@ -1,18 +1,14 @@
 // generate_classes.cpp - writes src/i18n/classification_tables.h to standard output, from ICU.
 //
 // Two tables, each in two stages: the class of every code point (characters for which all tests
-// answer alike) and its case (characters as far from their lower and upper case). Equal blocks of
-// code points are stored once; the size of a block is the one that makes the table smallest.
+// answer alike) and its case (characters as far from their lower and upper case).
 #include <unicode/uchar.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <map>
-#include <utility>
-#include <vector>
+#include "generate_stages.h"
 
 namespace {
+
+using namespace qxut::generator;
 
 constexpr int32_t kEnd = 0x110000;
 
@@ -39,71 +35,6 @@ const Test kTests[] = {
     {"xdigit", [](int32_t c) { return u_digit(c, 16) != -1; }},
 };
 
-[[noreturn]] void give_up(const char* reason) {
-    std::fprintf(stderr, "generate_classes: %s\n", reason);
-    std::exit(1);
-}
-
-// Numbers values in the order of their first use.
-template <class Value>
-class Numbering {
-  public:
-    size_t number(const Value& value) {
-        const auto [found, is_new] = numbers_.emplace(value, values_.size());
-        if (is_new) values_.push_back(value);
-        return found->second;
-    }
-    const std::vector<Value>& values() const { return values_; }
-
-  private:
-    std::map<Value, size_t> numbers_;
-    std::vector<Value> values_;
-};
-
-using Bytes = std::vector<uint8_t>;
-
-struct Stages {
-    int shift = 0;
-    std::vector<size_t> blocks;  // per block of code points, the number of its contents
-    std::vector<Bytes> contents;
-    size_t size() const {
-        return blocks.size() * (contents.size() > 256 ? 2 : 1) + (contents.size() << shift);
-    }
-};
-
-Stages split(const Bytes& values, int shift) {
-    Numbering<Bytes> numbering;
-    Stages stages{shift, {}, {}};
-    const ptrdiff_t step = ptrdiff_t{1} << shift;
-    for (auto at = values.begin(); at != values.end(); at += step)
-        stages.blocks.push_back(numbering.number(Bytes(at, at + step)));
-    stages.contents = numbering.values();
-    return stages;
-}
-
-template <class Sequence>
-void write_numbers(const Sequence& numbers, size_t& column) {
-    for (const auto number : numbers) {
-        std::printf("%zu,%s", static_cast<size_t>(number), ++column % 40 == 0 ? "\n" : "");
-    }
-}
-
-void write_stages(const char* name, const Bytes& values) {
-    Stages best = split(values, 5);
-    for (int shift = 6; shift <= 8; ++shift) {
-        Stages stages = split(values, shift);
-        if (stages.size() < best.size()) best = std::move(stages);
-    }
-    std::printf("constexpr int k%sShift = %d;\n", name, best.shift);
-    std::printf("constexpr uint%d_t k%sBlocks[] = {\n", best.contents.size() > 256 ? 16 : 8, name);
-    size_t column = 0;
-    write_numbers(best.blocks, column);
-    std::printf("};\nconstexpr uint8_t k%sContents[] = {\n", name);
-    column = 0;
-    for (const Bytes& block : best.contents) write_numbers(block, column);
-    std::printf("};\n\n");
-}
-
 void write_classes() {
     Numbering<uint32_t> numbering;
     Bytes classes;
@@ -124,11 +55,11 @@ void write_classes() {
         for (size_t number = 0; number < numbering.values().size(); ++number) {
             if ((numbering.values()[number] & bit) != 0) members |= uint64_t{1} << number;
         }
-        std::printf("constexpr uint64_t k_%s = 0x%llX;\n", test.name,
+        std::printf("inline constexpr uint64_t k_%s = 0x%llX;\n", test.name,
                     static_cast<unsigned long long>(members));
         bit <<= 1;
     }
-    std::printf("constexpr uint32_t kUnassigned = %zu;\n\n", numbering.number(0));
+    std::printf("inline constexpr uint32_t kUnassigned = %zu;\n\n", numbering.number(0));
     write_stages("Class", classes);
 }
 
@@ -151,8 +82,8 @@ void write_cases() {
         cases.push_back(static_cast<uint8_t>(number));
     }
     std::printf("// No character has case from here on.\n");
-    std::printf("constexpr uint32_t kCasesEnd = 0x%X;\n", static_cast<unsigned>(last + 1));
-    std::printf("constexpr CaseDistances kDistances[] = {\n");
+    std::printf("inline constexpr uint32_t kCasesEnd = 0x%X;\n", static_cast<unsigned>(last + 1));
+    std::printf("inline constexpr CaseDistances kDistances[] = {\n");
     for (const auto& [lower, upper] : numbering.values()) std::printf("{%u,%u},\n", lower, upper);
     std::printf("};\n\n");
     cases.resize((static_cast<size_t>(last) | 0xFF) + 1);

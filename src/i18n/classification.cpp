@@ -8,26 +8,13 @@
 // Tested by tests/i18n/classification_test.cpp, which compares every code point with ICU.
 #include <qxut/i18n/classification.h>
 
-#include "i18n/classification_tables.h"
+#include "i18n/character_classes.h"
 
 namespace qxut::classification {
 namespace {
 
-constexpr uint32_t kCodePointsEnd = 0x110000;
-
-// One way for all characters and no branch that depends on the script: mixed text would mispredict
-// it.
-inline uint32_t class_of(int32_t character) {
-    const auto c = static_cast<uint32_t>(character);
-    if (c >= kCodePointsEnd) [[unlikely]]
-        return kUnassigned;
-    constexpr uint32_t kWithin = (1u << kClassShift) - 1;
-    return kClassContents[static_cast<uint32_t>(kClassBlocks[c >> kClassShift]) << kClassShift |
-                          (c & kWithin)];
-}
-
 inline int is_in(uint64_t classes, int32_t character) {
-    return static_cast<int>(classes >> class_of(character) & 1);
+    return static_cast<int>(classes >> class_of(static_cast<uint32_t>(character)) & 1);
 }
 
 // Of a code point below kCasesEnd.

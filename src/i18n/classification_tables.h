@@ -12,23 +12,23 @@ namespace qxut::classification {
 struct CaseDistances { uint16_t to_lower, to_upper; };
 
 // The classes that answer yes: bit n stands for class n.
-constexpr uint64_t k_alnum = 0x4F80;
-constexpr uint64_t k_alpha = 0x4F00;
-constexpr uint64_t k_blank = 0x2012;
-constexpr uint64_t k_cntrl = 0x1100F;
-constexpr uint64_t k_digit = 0x80;
-constexpr uint64_t k_graph = 0x4FE0;
-constexpr uint64_t k_lower = 0xC00;
-constexpr uint64_t k_print = 0x16FF0;
-constexpr uint64_t k_punct = 0x20;
-constexpr uint64_t k_space = 0x13016;
-constexpr uint64_t k_breakablespace = 0x1001E;
-constexpr uint64_t k_upper = 0x300;
-constexpr uint64_t k_xdigit = 0x580;
-constexpr uint32_t kUnassigned = 15;
+inline constexpr uint64_t k_alnum = 0x4F80;
+inline constexpr uint64_t k_alpha = 0x4F00;
+inline constexpr uint64_t k_blank = 0x2012;
+inline constexpr uint64_t k_cntrl = 0x1100F;
+inline constexpr uint64_t k_digit = 0x80;
+inline constexpr uint64_t k_graph = 0x4FE0;
+inline constexpr uint64_t k_lower = 0xC00;
+inline constexpr uint64_t k_print = 0x16FF0;
+inline constexpr uint64_t k_punct = 0x20;
+inline constexpr uint64_t k_space = 0x13016;
+inline constexpr uint64_t k_breakablespace = 0x1001E;
+inline constexpr uint64_t k_upper = 0x300;
+inline constexpr uint64_t k_xdigit = 0x580;
+inline constexpr uint32_t kUnassigned = 15;
 
-constexpr int kClassShift = 7;
-constexpr uint8_t kClassBlocks[] = {
+inline constexpr int kClassShift = 7;
+inline constexpr uint8_t kClassBlocks[] = {
 0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29,30,31,32,33,34,34,35,36,37,38,
 39,34,34,34,40,41,42,43,44,45,46,47,48,49,50,51,52,53,54,55,56,57,58,59,60,61,62,63,64,64,65,64,66,64,64,64,64,64,67,68,
 64,64,64,69,64,64,70,71,72,73,74,75,76,77,64,78,79,80,81,82,83,64,64,64,34,34,34,34,34,34,34,34,34,34,34,34,34,34,34,34,
@@ -247,7 +247,7 @@ constexpr uint8_t kClassBlocks[] = {
 99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,
 99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,
 99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,99,};
-constexpr uint8_t kClassContents[] = {
+inline constexpr uint8_t kClassContents[] = {
 0,0,0,0,0,0,0,0,0,1,2,2,2,2,0,0,0,0,0,0,0,0,0,0,0,0,0,0,3,3,3,3,4,5,5,5,6,5,5,5,
 5,5,5,6,5,5,5,5,7,7,7,7,7,7,7,7,7,7,5,5,6,6,6,5,5,8,8,8,8,8,8,9,9,9,9,9,9,9,9,9,
 9,9,9,9,9,9,9,9,9,9,9,5,5,5,6,5,6,10,10,10,10,10,10,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,
@@ -1019,8 +1019,8 @@ constexpr uint8_t kClassContents[] = {
 };
 
 // No character has case from here on.
-constexpr uint32_t kCasesEnd = 0x1E944;
-constexpr CaseDistances kDistances[] = {
+inline constexpr uint32_t kCasesEnd = 0x1E944;
+inline constexpr CaseDistances kDistances[] = {
 {0,0},
 {32,0},
 {0,65504},
@@ -1202,8 +1202,8 @@ constexpr CaseDistances kDistances[] = {
 {0,65502},
 };
 
-constexpr int kCaseShift = 6;
-constexpr uint8_t kCaseBlocks[] = {
+inline constexpr int kCaseShift = 6;
+inline constexpr uint8_t kCaseBlocks[] = {
 0,1,2,3,4,5,6,7,8,9,10,0,0,11,12,13,14,15,16,17,18,19,20,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,21,22,0,0,0,0,0,0,0,0,0,0,23,24,
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,25,0,0,26,27,0,
@@ -1254,7 +1254,7 @@ constexpr uint8_t kCaseBlocks[] = {
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,64,65,0,0,
 };
-constexpr uint8_t kCaseContents[] = {
+inline constexpr uint8_t kCaseContents[] = {
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,
 0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,
 1,1,1,1,1,1,1,1,1,1,1,0,0,0,0,0,0,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,2,
