@@ -18,7 +18,7 @@ inline constexpr size_t kUnset = SIZE_MAX;
 // What outlives one search while the matches of one text are iterated: the steps used so far, and
 // the recorded failures, which hold for every start in the same text.
 class Iteration;
-Iteration* new_iteration();  // std::bad_alloc
+Iteration* new_iteration(uint64_t steps_used);  // by what came before; std::bad_alloc
 void delete_iteration(Iteration* iteration) noexcept;
 
 // A bit of RE_Search_Info::flags, for tests: the search takes no short cuts.

@@ -28,8 +28,9 @@ class QXUT_API RE_Token_Stack : public RE_Memory {
     size_t count() const noexcept;  // without token 0
     // Unsets every token; names stay.
     void reset() noexcept;
-    // Opens a token: its start and its name, which must outlive the stack. It is not set before
-    // set_end is called. A number beyond the count is ignored, here and in set_end.
+    // Opens a token: its start and its name, which must outlive the stack. It becomes set, with
+    // this start, when set_end is called; until then it keeps the extent that it had. A number
+    // beyond the count is ignored, here and in set_end.
     void set_start(size_t token, const char16_t* name, size_t position) noexcept;
     void set_end(size_t token, size_t position) noexcept;
 
@@ -41,6 +42,7 @@ class QXUT_API RE_Token_Stack : public RE_Memory {
 
   private:
     RE_TokenInfo* tokens_;
+    size_t* opened_;  // where a token was opened last; in the block of the tokens
     size_t count_;
 };
 
