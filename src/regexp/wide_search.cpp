@@ -1,0 +1,379 @@
+// wide_search.cpp - the searches of wide_search.h with the widest registers that the processor has.
+//
+// Google Highway compiles this file once for each kind of registers (it includes itself, through
+// foreach_target.h) and picks one by tables that are ready before any constructor runs.
+//
+// A search is a test: of the units from a place on, one lane each, which may begin what is looked
+// for? Its bits are looked at from the lowest on. The last lanes of a range are tested together
+// with units before them whose bits are dropped, so that no unit behind the range is read; ranges
+// shorter than a register are tested in registers of eight lanes, or plainly.
+//
+// Tested by tests/regexp/wide_search_test.cpp, against the plain forms.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "regexp/wide_search.cpp"
+#define HWY_WANT_AVX3_DL
+#include <hwy/foreach_target.h>
+// Highway's own order: the targets come first.
+#include <hwy/highway.h>
+
+#include <bit>
+#include <cstring>
+
+#include "regexp/wide_search_compare.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qxut::regexp::HWY_NAMESPACE {
+
+// Without registers that look up bytes the plain forms are as good.
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+size_t literal_search(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal) {
+    return find_literal_plainly(text, from, end, literal);
+}
+size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    return find_in_set_plainly(text, from, end, set);
+}
+size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
+                   const WordSearch& words) {
+    return find_word_plainly(text, from, end, readable, words);
+}
+
+#else
+
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+inline const uint16_t* units_of(const char16_t* text) {
+    return reinterpret_cast<const uint16_t*>(text);
+}
+
+template <class D, class Mask>
+HWY_INLINE uint64_t bits_of(D d, Mask mask) {
+    uint8_t bytes[8] = {};
+    hn::StoreMaskBits(d, mask, bytes);
+    uint64_t bits = 0;
+    std::memcpy(&bits, bytes, sizeof(bits));
+    return bits;
+}
+
+// Goes through [from, end). test.matches(i) gives a mask of the lanes from i on, and
+// test.confirm(i) has the last word on a place.
+template <class Test>
+HWY_INLINE size_t scan_lanes(const Test& test, size_t from, size_t end) {
+    const size_t lanes = test.lanes();
+    size_t at = from;
+    const auto first_of = [&](uint64_t bits, size_t base) HWY_ATTR {
+        for (; bits != 0; bits &= bits - 1) {
+            const size_t place = base + static_cast<size_t>(std::countr_zero(bits));
+            if (test.confirm(place)) return place;
+        }
+        return end;
+    };
+    for (; end - at >= 2 * lanes; at += 2 * lanes) {
+        const auto low = test.matches(at);
+        const auto high = test.matches(at + lanes);
+        if (HWY_LIKELY(test.none_of_both(low, high))) continue;
+        size_t found = first_of(test.bits(low), at);
+        if (found == end) found = first_of(test.bits(high), at + lanes);
+        if (found != end) return found;
+    }
+    while (at < end) {
+        const size_t base = end - at >= lanes ? at : end - lanes;
+        const uint64_t bits = test.bits(test.matches(base)) >> (at - base) << (at - base);
+        const size_t found = first_of(bits, base);
+        if (found != end) return found;
+        at = base + lanes;
+    }
+    return end;
+}
+
+template <class D>
+class LanesOf {
+  public:
+    HWY_INLINE size_t lanes() const { return hn::Lanes(d_); }
+    template <class Mask>
+    HWY_INLINE uint64_t bits(Mask mask) const {
+        return bits_of(d_, mask);
+    }
+    template <class Mask>
+    HWY_INLINE bool none_of_both(Mask a, Mask b) const {
+        return hn::AllFalse(d_, hn::Or(a, b));
+    }
+
+  protected:
+    D d_;
+};
+
+// --- literals ---------------------------------------------------------------------------------
+
+// Variants is how many units are compared at each of the two places.
+template <class D, int Variants>
+class LiteralTest : public LanesOf<D> {
+  public:
+    using LanesOf<D>::d_;
+    using V = hn::Vec<D>;
+
+    HWY_INLINE LiteralTest(const char16_t* text, const LiteralSearch& literal)
+        : text_(text), literal_(literal) {
+        for (int i = 0; i < 2; ++i) {
+            const UnitVariants& variants = literal.units[literal.rare[i]];
+            place_[i] = units_of(text) + literal.rare[i];
+            one_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[0]));
+            two_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[1]));
+            three_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[2]));
+            four_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[3]));
+        }
+    }
+    HWY_INLINE hn::Mask<D> matches(size_t at) const { return hn::And(holds(at, 0), holds(at, 1)); }
+    HWY_INLINE bool confirm(size_t at) const { return holds_literal(text_ + at, literal_); }
+
+  private:
+    HWY_INLINE hn::Mask<D> holds(size_t at, int i) const {
+        const V units = hn::LoadU(d_, place_[i] + at);
+        hn::Mask<D> found = hn::Eq(units, one_[i]);
+        if (Variants > 1) found = hn::Or(found, hn::Eq(units, two_[i]));
+        if (Variants > 2) {
+            found = hn::Or(found, hn::Or(hn::Eq(units, three_[i]), hn::Eq(units, four_[i])));
+        }
+        return found;
+    }
+
+    const char16_t* text_;
+    const LiteralSearch& literal_;
+    const uint16_t* place_[2];
+    V one_[2], two_[2], three_[2], four_[2];
+};
+
+template <class D>
+HWY_INLINE size_t find_literal_in_lanes(const char16_t* text, size_t from, size_t end,
+                                        const LiteralSearch& literal) {
+    const UnitVariants& a = literal.units[literal.rare[0]];
+    const UnitVariants& b = literal.units[literal.rare[1]];
+    if (a.is_one() && b.is_one()) return scan_lanes(LiteralTest<D, 1>(text, literal), from, end);
+    if (a.is_two_at_most() && b.is_two_at_most())
+        return scan_lanes(LiteralTest<D, 2>(text, literal), from, end);
+    return scan_lanes(LiteralTest<D, 4>(text, literal), from, end);
+}
+
+// --- sets -------------------------------------------------------------------------------------
+
+template <class D>
+class RangesTest : public LanesOf<D> {
+  public:
+    using LanesOf<D>::d_;
+    using V = hn::Vec<D>;
+
+    HWY_INLINE RangesTest(const char16_t* text, const UnitSet& set)
+        : text_(units_of(text)), count_(set.range_count) {
+        for (int i = 0; i < UnitSet::kRanges; ++i) {
+            first_[i] = hn::Set(d_, static_cast<uint16_t>(set.first[i]));
+            span_[i] = hn::Set(d_, static_cast<uint16_t>(set.last[i] - set.first[i]));
+        }
+    }
+    HWY_INLINE hn::Mask<D> matches(size_t at) const {
+        const V units = hn::LoadU(d_, text_ + at);
+        hn::Mask<D> found = in_range(units, 0);
+        for (int i = 1; i < count_; ++i) found = hn::Or(found, in_range(units, i));
+        return found;
+    }
+    HWY_INLINE bool confirm(size_t) const { return true; }
+
+  private:
+    HWY_INLINE hn::Mask<D> in_range(V units, int i) const {
+        const V above = hn::Sub(units, first_[i]);
+        return hn::Eq(hn::Min(above, span_[i]), above);
+    }
+
+    const uint16_t* text_;
+    int count_;
+    V first_[UnitSet::kRanges], span_[UnitSet::kRanges];
+};
+
+// The bits of a unit's row and column meet in the byte where its lane looks them up.
+template <class D>
+class BitsTest : public LanesOf<D> {
+  public:
+    using LanesOf<D>::d_;
+    using V = hn::Vec<D>;
+
+    HWY_INLINE BitsTest(const char16_t* text, const UnitSet& set)
+        : text_(text), set_(set), lower_(table(set.lower)), upper_(table(set.upper)) {
+        alignas(16) static constexpr uint8_t kRows[16] = {1, 2, 4, 8, 16, 32, 64, 128,
+                                                          1, 2, 4, 8, 16, 32, 64, 128};
+        rows_ = table(kRows);
+    }
+    HWY_INLINE hn::Mask<D> matches(size_t at) const {
+        const V units = hn::LoadU(d_, units_of(text_) + at);
+        const V half = hn::Set(d_, uint16_t{0x0F});
+        const V column = hn::And(units, half);
+        const V row = hn::And(hn::ShiftRight<4>(units), half);
+        const hn::Mask<D> is_upper =
+            hn::Ne(hn::And(units, hn::Set(d_, uint16_t{0x80})), hn::Zero(d_));
+        const V members =
+            hn::IfThenElse(is_upper, look_up(upper_, column), look_up(lower_, column));
+        const V bits = hn::And(hn::And(members, look_up(rows_, row)), hn::Set(d_, uint16_t{0xFF}));
+        const hn::Mask<D> found = hn::Ne(bits, hn::Zero(d_));
+        // The rule for the others is looked at where one is met.
+        const hn::Mask<D> is_other = hn::Ne(hn::ShiftRight<8>(units), hn::Zero(d_));
+        return set_.all_others || set_.range_count != 0 ? hn::Or(found, is_other)
+                                                        : hn::AndNot(is_other, found);
+    }
+    HWY_INLINE bool confirm(size_t at) const { return set_.contains(text_[at]); }
+
+  private:
+    HWY_INLINE V table(const uint8_t* bytes) const {
+        const hn::Repartition<uint8_t, D> d8;
+        return hn::BitCast(d_, hn::LoadDup128(d8, bytes));
+    }
+    HWY_INLINE V look_up(V table, V index) const {
+        const hn::Repartition<uint8_t, D> d8;
+        return hn::BitCast(d_,
+                           hn::TableLookupBytes(hn::BitCast(d8, table), hn::BitCast(d8, index)));
+    }
+
+    const char16_t* text_;
+    const UnitSet& set_;
+    V lower_, upper_, rows_;
+};
+
+template <class D>
+HWY_INLINE size_t find_in_set_in_lanes(const char16_t* text, size_t from, size_t end,
+                                       const UnitSet& set) {
+    if (set.by_ranges) return scan_lanes(RangesTest<D>(text, set), from, end);
+    return scan_lanes(BitsTest<D>(text, set), from, end);
+}
+
+// --- words ------------------------------------------------------------------------------------
+
+// Lanes are bytes: the low ones of the units, from two registers.
+template <class D8>
+class WordTest {
+  public:
+    using D16 = hn::Repartition<uint16_t, D8>;
+    using V = hn::Vec<D8>;
+
+    HWY_INLINE WordTest(const char16_t* text, size_t readable, const WordSearch& words)
+        : text_(text), readable_(readable), words_(words) {
+        for (size_t i = 0; i < WordSearch::kWidest; ++i) {
+            low_[i] = hn::LoadDup128(d_, words.low_half[i]);
+            high_[i] = hn::LoadDup128(d_, words.high_half[i]);
+        }
+    }
+    HWY_INLINE size_t lanes() const { return hn::Lanes(d_); }
+    // The buckets that each place admits.
+    HWY_INLINE V buckets(size_t at) const {
+        V admitted = admit(at, 0);
+        if (words_.width > 1) admitted = hn::And(admitted, admit(at + 1, 1));
+        if (words_.width > 2) admitted = hn::And(admitted, admit(at + 2, 2));
+        return admitted;
+    }
+    // The first place from base on, `skipped` lanes left out, where a word stands.
+    HWY_INLINE size_t confirm(V admitted, size_t base, size_t skipped, size_t none) const {
+        alignas(64) uint8_t bytes[HWY_MAX_BYTES];
+        hn::Store(admitted, d_, bytes);
+        uint64_t bits = bits_of(d_, hn::Ne(admitted, hn::Zero(d_))) >> skipped << skipped;
+        for (; bits != 0; bits &= bits - 1) {
+            const auto lane = static_cast<size_t>(std::countr_zero(bits));
+            const size_t place = base + lane;
+            if (holds_word(text_ + place, readable_ - place, words_, bytes[lane])) return place;
+        }
+        return none;
+    }
+    HWY_INLINE bool is_none(V admitted) const {
+        return hn::AllTrue(d_, hn::Eq(admitted, hn::Zero(d_)));
+    }
+
+  private:
+    HWY_INLINE V admit(size_t at, size_t i) const {
+        const D16 d16;
+        const uint16_t* units = units_of(text_) + at;
+        const V bytes = hn::ConcatEven(d_, hn::BitCast(d_, hn::LoadU(d16, units + hn::Lanes(d16))),
+                                       hn::BitCast(d_, hn::LoadU(d16, units)));
+        const V half = hn::Set(d_, uint8_t{0x0F});
+        return hn::And(hn::TableLookupBytes(low_[i], hn::And(bytes, half)),
+                       hn::TableLookupBytes(high_[i], hn::ShiftRight<4>(bytes)));
+    }
+
+    D8 d_;
+    const char16_t* text_;
+    size_t readable_;
+    const WordSearch& words_;
+    V low_[WordSearch::kWidest], high_[WordSearch::kWidest];
+};
+
+template <class D8>
+HWY_INLINE size_t find_word_in_lanes(const char16_t* text, size_t from, size_t end, size_t readable,
+                                     const WordSearch& words) {
+    const WordTest<D8> test(text, readable, words);
+    const size_t lanes = test.lanes();
+    while (from < end) {
+        const size_t base = end - from >= lanes ? from : end - lanes;
+        const auto admitted = test.buckets(base);
+        if (HWY_UNLIKELY(!test.is_none(admitted))) {
+            const size_t found = test.confirm(admitted, base, from - base, end);
+            if (found != end) return found;
+        }
+        from = base + lanes;
+    }
+    return end;
+}
+
+}  // namespace
+
+using Wide = hn::ScalableTag<uint16_t>;
+using Narrow = hn::CappedTag<uint16_t, 8>;
+using WideBytes = hn::ScalableTag<uint8_t>;
+using NarrowBytes = hn::CappedTag<uint8_t, 16>;
+
+size_t literal_search(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal) {
+    if (end >= hn::Lanes(Wide())) return find_literal_in_lanes<Wide>(text, from, end, literal);
+    if (end >= hn::Lanes(Narrow())) return find_literal_in_lanes<Narrow>(text, from, end, literal);
+    return find_literal_plainly(text, from, end, literal);
+}
+
+size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (end >= hn::Lanes(Wide())) return find_in_set_in_lanes<Wide>(text, from, end, set);
+    if (end >= hn::Lanes(Narrow())) return find_in_set_in_lanes<Narrow>(text, from, end, set);
+    return find_in_set_plainly(text, from, end, set);
+}
+
+size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
+                   const WordSearch& words) {
+    if (end >= hn::Lanes(WideBytes()))
+        return find_word_in_lanes<WideBytes>(text, from, end, readable, words);
+    if (end >= hn::Lanes(NarrowBytes()))
+        return find_word_in_lanes<NarrowBytes>(text, from, end, readable, words);
+    return find_word_plainly(text, from, end, readable, words);
+}
+
+#endif
+
+}  // namespace qxut::regexp::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace qxut::regexp {
+
+HWY_EXPORT(literal_search);
+HWY_EXPORT(set_search);
+HWY_EXPORT(word_search);
+
+size_t find_literal(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal) {
+    if (from >= end) return end;
+    return HWY_DYNAMIC_DISPATCH(literal_search)(text, from, end, literal);
+}
+
+size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (from >= end) return end;
+    return HWY_DYNAMIC_DISPATCH(set_search)(text, from, end, set);
+}
+
+size_t find_word(const char16_t* text, size_t from, size_t end, size_t readable,
+                 const WordSearch& words) {
+    if (from >= end) return end;
+    return HWY_DYNAMIC_DISPATCH(word_search)(text, from, end, readable, words);
+}
+
+}  // namespace qxut::regexp
+#endif

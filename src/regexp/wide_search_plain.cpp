@@ -1,0 +1,39 @@
+// wide_search_plain.cpp - the searches of wide_search.h, one unit after the other.
+#include "regexp/wide_search_compare.h"
+
+namespace qxut::regexp {
+
+bool UnitSet::contains(char16_t unit) const noexcept {
+    constexpr unsigned kHigh = 0x80;
+    if (!by_ranges && unit < 0x100) {
+        const uint8_t* rows = unit < kHigh ? lower : upper;
+        return (rows[unit % 16] >> (unit % kHigh / 16) & 1) != 0;
+    }
+    if (!by_ranges && all_others) return true;
+    for (int i = 0; i < range_count; ++i) {
+        if (unit >= first[i] && unit <= last[i]) return true;
+    }
+    return false;
+}
+
+size_t find_literal_plainly(const char16_t* text, size_t from, size_t end,
+                            const LiteralSearch& literal) {
+    for (; from < end; ++from) {
+        if (holds_literal(text + from, literal)) break;
+    }
+    return from;
+}
+
+size_t find_in_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    while (from < end && !set.contains(text[from])) ++from;
+    return from;
+}
+
+size_t find_word_plainly(const char16_t* text, size_t from, size_t end, size_t readable,
+                         const WordSearch& words) {
+    constexpr unsigned kAll = (1U << WordSearch::kBuckets) - 1;
+    while (from < end && !holds_word(text + from, readable - from, words, kAll)) ++from;
+    return from;
+}
+
+}  // namespace qxut::regexp
