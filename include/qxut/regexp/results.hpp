@@ -30,7 +30,8 @@ class QXUT_API RE_Results : public RE_Memory {
     // into a copy that the results own.
     const char16_t* text(size_t token, size_t* length) const noexcept;
 
-    // Goes to the next match in the same text, which with the tree must still be there. After an
+    // Goes to the next match in the same text, which must still be there with the tree and with
+    // what else the search was given: its seek table, its cancel flag. After an
     // empty match a non-empty one is tried at the same place, then the search goes on a character
     // further; an empty match may follow a non-empty one directly. False: there is none, and the
     // results stay as they were. Throws what RE_Tree::match throws; limits count over the whole

@@ -66,12 +66,15 @@ class QXUT_API RE_Tree : public RE_Memory {
     void dump() const;
     // The graph of the nodes for Graphviz's dot, UTF-8.
     std::string graph() const;
+    // What is known about the matches of the pattern and the program that the matcher runs: lines
+    // for a reader, UTF-8.
+    std::string analysis() const;
 
     // A required part whose copies would have this many nodes or more is repeated by a counter
     // instead. Read while a pattern is compiled; set at start-up.
     static size_t inlineThreshold;
 
-    struct Parts;  // the graph, its program, its analysis
+    struct Parts;  // the graph, its program, its analysis; internal
     const Parts& parts() const noexcept { return *parts_; }
 
   private:
