@@ -134,7 +134,7 @@ class QXUT_API RE_Context : public RE_Memory {
 // Writes a warning as UTF-8 with its NUL into `buffer`, cut between characters where `size` bytes
 // do not hold it; returns the bytes that the whole text has, without the NUL. `arguments` is left
 // as it was.
-QXUT_API size_t utFormatRegexpWarning(char* buffer, size_t size, const char* format,
-                                      va_list arguments);
+extern "C" QXUT_API size_t utFormatRegexpWarning(char* buffer, size_t size, const char* format,
+                                                 va_list arguments);
 
 #endif
