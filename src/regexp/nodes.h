@@ -104,8 +104,7 @@ class RE_Node : public RE_Memory {
     qxut::regexp::NodeKind kind;
     bool ignores_case = false;
     uint32_t index = 0;   // in the tree's list
-    uint32_t number = 0;  // in the listing, from 1
-    size_t position = 0;  // of its construct in the pattern
+    size_t position = 0;  // of its construct in the pattern; a repetition's, of its quantifier
     RE_Link next;
 
   protected:
@@ -415,7 +414,8 @@ class RE_Null : public RE_Node {
     RE_Null() noexcept : RE_Node(qxut::regexp::NodeKind::null) {}
     QXUT_RE_NODE(RE_Null)
 };
-// A run of literal characters, in units that the tree owns.
+// A run of literal characters, two or more and none of them a lone surrogate, in units that the
+// tree owns.
 class RE_String : public RE_Node {
   public:
     RE_String() noexcept : RE_Node(qxut::regexp::NodeKind::string) {}
@@ -455,5 +455,23 @@ class RE_End_Of_Tree : public RE_Node {
 };
 
 #undef QXUT_RE_NODE
+
+namespace qxut::regexp {
+
+// The links that only some kinds of nodes have; null where the node has no such link. nodes.cpp.
+RE_Link* fail_of(RE_Node& node) noexcept;
+RE_Link* alt_of(RE_Node& node) noexcept;
+RE_Link* body_of(RE_Node& node) noexcept;
+inline const RE_Link* fail_of(const RE_Node& node) noexcept {
+    return fail_of(const_cast<RE_Node&>(node));
+}
+inline const RE_Link* alt_of(const RE_Node& node) noexcept {
+    return alt_of(const_cast<RE_Node&>(node));
+}
+inline const RE_Link* body_of(const RE_Node& node) noexcept {
+    return body_of(const_cast<RE_Node&>(node));
+}
+
+}  // namespace qxut::regexp
 
 #endif

@@ -23,7 +23,7 @@ struct Pattern : RE_Memory {
     Vector<char16_t>
         text;  // the pattern, copied; texts and names of nodes point into it or into `units`
     Vector<std::unique_ptr<RE_Node>> nodes;  // the owner, in the order of making
-    RE_Node* first = nullptr;
+    RE_Link first;                           // into the graph
     size_t token_count = 0;
     Vector<const char16_t*>
         names;  // one a token, from number 1, NUL-terminated; null: without a name
@@ -45,7 +45,8 @@ struct ParseOptions {
 // InterruptException, std::bad_alloc, and what the context throws.
 void parse(const char16_t* text, size_t length, const ParseOptions& options, Pattern& result);
 
-// Numbers the nodes in listing order and returns them in that order; listing.cpp.
+// The nodes in listing order: a node's number in the dumps is its place here, from 1;
+// numbering.cpp.
 Vector<RE_Node*> number_nodes(const Pattern& pattern);
 
 // Where a name means a token: the numbers of all tokens with it, ascending. `names` as in Pattern.

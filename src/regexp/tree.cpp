@@ -22,8 +22,6 @@
 #include "regexp/results_search.h"
 #include "regexp/tree_parts.h"
 
-size_t RE_Tree::inlineThreshold = 1024;
-
 namespace qxut::regexp {
 namespace {
 
@@ -95,10 +93,10 @@ RE_Tree::Parts::Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Co
     starts = analyse(program);
     if (starts.finds_starts()) {
         std::unique_ptr<RE_Seeker> seeker(require(new RE_Seeker));
-        seeker->next.node = pattern.first;
+        seeker->next = pattern.first;
         seeker->index = static_cast<uint32_t>(pattern.nodes.size());
         pattern.nodes.push_back(std::move(seeker));
-        pattern.first = pattern.nodes.back().get();
+        pattern.first = {pattern.nodes.back().get(), 0, 0};
     }
     prepare_expressions();
 }
@@ -209,9 +207,12 @@ const char16_t** RE_Tree::treeNames(size_t* count) const {
     return parts_->pattern.token_count != 0 ? parts_->pattern.names.data() : nullptr;
 }
 
-void RE_Tree::dump() const { print_listing(parts_->pattern); }
+void RE_Tree::dump() const {
+    const auto print = [](void* /*data*/, const char* line) { utPrintf("%s", line); };
+    write_listing(parts_->pattern, print, nullptr);
+}
 
-std::string RE_Tree::graph() const { return graph_text(parts_->pattern); }
+std::string RE_Tree::graph() const { return graph_of(parts_->pattern); }
 
 std::string RE_Tree::analysis() const {
     return describe(parts_->starts) + program_text(parts_->program);
