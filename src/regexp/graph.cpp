@@ -12,17 +12,17 @@ using qxut::regexp::GraphWriter;
 
 namespace qxut::regexp {
 
-void GraphWriter::put_number(const RE_Node& node) {
+void GraphWriter::put_number(std::string& text, const RE_Node& node) {
     RE_Link link;
     link.node = const_cast<RE_Node*>(&node);
-    append_decimal(text_, numbering_.number(link));
+    append_decimal(text, numbering_.number(link));
 }
 
 void GraphWriter::put_node(const RE_Node& node, const char* attributes) {
     action_.clear();
     ListingWriter action(numbering_, action_);
     node.list(action);
-    put_number(node);
+    put_number(text_, node);
     text_ += " [label=";
     append_label(text_, action_);
     text_ += attributes;
@@ -31,12 +31,12 @@ void GraphWriter::put_node(const RE_Node& node, const char* attributes) {
 
 void GraphWriter::put_edge(const RE_Node& from, const RE_Link& link, const char* attributes) {
     if (link.node == nullptr) return;
-    put_number(from);
-    text_ += " -> ";
-    put_number(*link.node);
-    text_ += " [";
-    text_ += attributes;
-    text_ += "];\n";
+    put_number(edges_, from);
+    edges_ += " -> ";
+    put_number(edges_, *link.node);
+    edges_ += " [";
+    edges_ += attributes;
+    edges_ += "];\n";
 }
 
 void GraphWriter::begin_cluster(const RE_Token& token) {
@@ -49,7 +49,7 @@ void GraphWriter::begin_cluster(const RE_Token& token) {
     }
     // By the node: copies of a token are clusters of their own.
     text_ += "subgraph cluster";
-    put_number(token);
+    put_number(text_, token);
     text_ += " {\nlabel=";
     append_label(text_, action_);
     text_ += ";\n";
@@ -65,6 +65,7 @@ std::string graph_of(const Pattern& pattern) {
         "edge [colorscheme=set19];\n";
     GraphWriter writer(numbering, text);
     for (const auto& node : pattern.nodes) node->graph(writer);
+    text += writer.edges();
     text += "}\n";
     return text;
 }

@@ -8,7 +8,8 @@
 
 namespace qxut::regexp {
 
-// Where a node writes its statement and its edges.
+// Where a node writes its statement and its edges. Edges come behind all nodes: inside a cluster
+// they would draw the nodes that they lead to into it.
 class GraphWriter {
   public:
     GraphWriter(const Numbering& numbering, std::string& text) noexcept
@@ -19,11 +20,13 @@ class GraphWriter {
     void put_edge(const RE_Node& from, const RE_Link& link, const char* attributes);
     void begin_cluster(const RE_Token& token);
     void end_cluster();
+    const std::string& edges() const noexcept { return edges_; }
 
   private:
-    void put_number(const RE_Node& node);
+    void put_number(std::string& text, const RE_Node& node);
     const Numbering& numbering_;
     std::string& text_;
+    std::string edges_;
     std::string action_;
 };
 
