@@ -20,7 +20,10 @@ struct Allocator {
     Allocator() noexcept = default;
     template <class U>
     Allocator(const Allocator<U>& /*other*/) noexcept {}
-    T* allocate(size_t count) { return static_cast<T*>(allocate_objects(count, sizeof(T))); }
+    T* allocate(size_t count) {
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer.
+        return static_cast<T*>(allocate_objects(count, sizeof(T)));
+    }
     void deallocate(T* block, size_t /*count*/) noexcept { free_objects(block); }
     template <class U>
     bool operator==(const Allocator<U>& /*other*/) const noexcept {

@@ -11,6 +11,7 @@
 
 #include "regexp/listing.h"
 #include "regexp/parsed.h"
+#include "regexp/token_names.h"
 
 using namespace qxut::regexp;
 using qxut_test::parse_text;
@@ -423,6 +424,16 @@ TEST(Parser, Names) {
     EXPECT_THAT(tokens_named(names.data(), 4, u"größe_1"), testing::ElementsAre(1, 4));
     EXPECT_THAT(tokens_named(names.data(), 4, u"größe"), testing::ElementsAre());
     EXPECT_THAT(tokens_named(names.data(), 4, u"größe_12"), testing::ElementsAre());
+    const TokenNames index(names.data(), names.size());
+    EXPECT_THAT(index.tokens(), testing::ElementsAre(3, 1, 4));
+    const auto run = [&](const char16_t* name) {
+        const TokenNames::Run found = index.find(name);
+        return std::pair(found.first, found.count);
+    };
+    EXPECT_EQ(run(u"größe_1"), std::pair(size_t{1}, size_t{2}));
+    EXPECT_EQ(run(u"_").second, 1U);
+    EXPECT_EQ(run(u"größe").second, 0U);
+    EXPECT_EQ(run(u"größe_12").second, 0U);
 }
 
 TEST(Parser, TokenNumbers) {
@@ -463,7 +474,7 @@ TEST(Parser, RepeatedModeFlag) {
 TEST(Parser, GraphsHaveALimit) {
     // 25 doublings, and copies that no counter may take the place of.
     std::u16string doubled = u"a";
-    for (int i = 0; i < 25; ++i) doubled = u"(?:" + doubled + u")+";
+    for (int i = 0; i < 25; ++i) doubled.insert(0, u"(?:").append(u")+");
     EXPECT_THROW(parse_text(doubled), RE_Exception);
     // Products that counters hold are no matter, nor are copies of nothing.
     EXPECT_EQ(parse_text(u"(?:(?:a{9999999999}){9999999999}){9999999999}").pattern->nodes.size(),
