@@ -25,8 +25,9 @@ void GraphWriter::put_node(const RE_Node& node, const char* attributes) {
     put_number(text_, node);
     text_ += " [label=";
     append_label(text_, action_);
+    text_ += "]";
     text_ += attributes;
-    text_ += "];\n";
+    text_ += ";\n";
 }
 
 void GraphWriter::put_edge(const RE_Node& from, const RE_Link& link, const char* attributes) {
@@ -83,7 +84,7 @@ constexpr char kTrue[] = "label=True, color=1";
 constexpr char kFalse[] = "label=False, color=1";
 constexpr char kConsume[] = "label=Consume, color=1";
 constexpr char kSeek[] = "label=Seek, color=5";
-constexpr char kInvisible[] = ", shape=point, style=invis";
+constexpr char kInvisible[] = " [shape=point, style=invis]";
 
 void put_plain(GraphWriter& writer, const RE_Node& node, const char* next = kNext) {
     writer.put_node(node);

@@ -14,7 +14,7 @@ class GraphWriter {
   public:
     GraphWriter(const Numbering& numbering, std::string& text) noexcept
         : numbering_(numbering), text_(text) {}
-    // The statement of a node; `attributes` follow the label, as in ", shape=box".
+    // The statement of a node; `attributes` follow that with the label, as in " [shape=point]".
     void put_node(const RE_Node& node, const char* attributes = "");
     // An edge, where the link leads to a node. `attributes` as in "label=Next, color=1".
     void put_edge(const RE_Node& from, const RE_Link& link, const char* attributes);
