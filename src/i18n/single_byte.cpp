@@ -67,12 +67,17 @@ void decode_plain(const SingleByteTables& tables, char16_t* target, const unsign
     for (size_t i = 0; i < length; ++i) target[i] = tables.unit[source[i]];
 }
 
+// 0 when the unit has none, or for the unit 0.
+inline unsigned char byte_of(const SingleByteTables& tables, unsigned unit) {
+    return tables.bytes[tables.page[unit >> 8]][unit & 0xFF];
+}
+
 // Returns how many units were taken: up to the first one without a byte.
 size_t encode_plain(const SingleByteTables& tables, unsigned char* target, const char16_t* source,
                     size_t length) {
     for (size_t i = 0; i < length; ++i) {
         const unsigned unit = source[i];
-        const unsigned char byte = tables.bytes[tables.page[unit >> 8]][unit & 0xFF];
+        const unsigned char byte = byte_of(tables, unit);
         if (byte == 0 && (unit != 0 || tables.unit[0] != 0)) return i;
         target[i] = byte;
     }
@@ -133,11 +138,30 @@ QXUT_TARGET_VECTORS size_t widen_vectors(char16_t* target, const unsigned char* 
     return at;
 }
 
+// The units of a vector that are exceptions get their bytes afterwards; false, with nothing stored,
+// when one may have none.
+inline bool encode_exceptions(const SingleByteTables& tables, unsigned char* target,
+                              const char16_t* source, __m128i bytes, unsigned exceptions) {
+    unsigned char found[kFewExceptions];
+    int count = 0;
+    for (unsigned rest = exceptions; rest != 0; rest &= rest - 1) {
+        found[count] = byte_of(tables, source[__builtin_ctz(rest)]);
+        if (found[count++] == 0) return false;
+    }
+    store(target, bytes);
+    count = 0;
+    for (unsigned rest = exceptions; rest != 0; rest &= rest - 1) {
+        target[__builtin_ctz(rest)] = found[count++];
+    }
+    return true;
+}
+
 // Returns how many units were taken: whole vectors, or up to the first one without a byte, which
 // `has_stopped` tells.
 QXUT_TARGET_VECTORS size_t encode_vectors(const SingleByteTables& tables, unsigned char* target,
                                           const char16_t* source, size_t length,
                                           bool& has_stopped) {
+    const __m128i low = _mm_set1_epi16(0xFF);
     const __m128i highest = _mm_set1_epi16(tables.high_is_identical ? 0xFF : 0x7F);
     const __m128i exceptional =
         _mm_set1_epi8(tables.high_is_identical && !tables.control_is_identical ? -96 : -128);
@@ -147,11 +171,16 @@ QXUT_TARGET_VECTORS size_t encode_vectors(const SingleByteTables& tables, unsign
         const __m128i b = load(source + at + 8);
         const __m128i fits = _mm_packs_epi16(_mm_cmpeq_epi16(_mm_min_epu16(a, highest), a),
                                              _mm_cmpeq_epi16(_mm_min_epu16(b, highest), b));
-        const __m128i low = _mm_set1_epi16(0xFF);
         const __m128i bytes = _mm_packus_epi16(_mm_and_si128(a, low), _mm_and_si128(b, low));
         const __m128i is_identical = _mm_andnot_si128(_mm_cmplt_epi8(bytes, exceptional), fits);
-        if (_mm_movemask_epi8(is_identical) == 0xFFFF) {
+        const unsigned exceptions =
+            ~static_cast<unsigned>(_mm_movemask_epi8(is_identical)) & 0xFFFF;
+        if (exceptions == 0) {
             store(target + at, bytes);
+            continue;
+        }
+        if (__builtin_popcount(exceptions) <= kFewExceptions &&
+            encode_exceptions(tables, target + at, source + at, bytes, exceptions)) {
             continue;
         }
         const size_t taken = encode_plain(tables, target + at, source + at, kVector);
@@ -163,6 +192,25 @@ QXUT_TARGET_VECTORS size_t encode_vectors(const SingleByteTables& tables, unsign
     return at;
 }
 
+// ISO-8859-1: every unit up to FF is the byte of its value. Returns how many units were taken, up
+// to one that is none of them.
+QXUT_TARGET_VECTORS size_t narrow_vectors(unsigned char* target, const char16_t* source,
+                                          size_t length) {
+    const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF00));
+    size_t at = 0;
+    for (; length - at >= 2 * kVector; at += 2 * kVector) {
+        const __m128i a = load(source + at);
+        const __m128i b = load(source + at + 8);
+        const __m128i c = load(source + at + 16);
+        const __m128i d = load(source + at + 24);
+        const __m128i any = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+        if (_mm_testz_si128(any, high) == 0) break;
+        store(target + at, _mm_packus_epi16(a, b));
+        store(target + at + 16, _mm_packus_epi16(c, d));
+    }
+    return at;
+}
+
 #endif
 
 size_t encode(const SingleByteTables& tables, unsigned char* target, const char16_t* source,
@@ -170,8 +218,11 @@ size_t encode(const SingleByteTables& tables, unsigned char* target, const char1
     size_t at = 0;
 #if defined(QXUT_I18N_VECTORS)
     if (length >= kVector && has_vectors()) {
+        if (tables.high_is_identical && tables.control_is_identical) {
+            at = narrow_vectors(target, source, length);
+        }
         bool has_stopped = false;
-        at = encode_vectors(tables, target, source, length, has_stopped);
+        at += encode_vectors(tables, target + at, source + at, length - at, has_stopped);
         if (has_stopped) return at;
     }
 #endif
