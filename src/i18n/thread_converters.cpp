@@ -44,6 +44,7 @@ struct Pushed {
 
 struct Cache {
     Converter* bucket[kBuckets];
+    Converter* latest;  // found by name; most look-ups are for the same name again
     uint32_t count;
     uint64_t lookups;
     Pushed* pushed;
@@ -176,6 +177,7 @@ void make_room(Cache& cache) {
     Converter* const closed = *oldest;
     *oldest = closed->next;
     --cache.count;
+    if (cache.latest == closed) cache.latest = nullptr;
     close_converter(closed);
 }
 
@@ -206,6 +208,7 @@ Converter* find(Cache& cache, const char* name, OpenFailure& failure) {
         if (found == nullptr) return nullptr;
     }
     found->last_used = ++cache.lookups;
+    cache.latest = found;
     return found;
 }
 
@@ -240,11 +243,8 @@ bool keeps_converters() {
     return !slot.has_ended && !is_closing.load(std::memory_order_acquire);
 }
 
-}  // namespace
-
-Converter* acquire_converter(const char* name, OpenFailure& failure) {
-    failure = OpenFailure::none;
-    count_use(1);
+// With the use counted.
+[[gnu::noinline]] Converter* acquire_another(const char* name, OpenFailure& failure) {
     Cache* cache = nullptr;
     if (keeps_converters()) [[likely]]
         cache = slot.cache != nullptr ? slot.cache : make_cache();
@@ -260,6 +260,21 @@ Converter* acquire_converter(const char* name, OpenFailure& failure) {
     }
     ++found->uses;
     return found;
+}
+
+}  // namespace
+
+Converter* acquire_converter(const char* name, OpenFailure& failure) {
+    failure = OpenFailure::none;
+    count_use(1);
+    Cache* const cache = keeps_converters() ? slot.cache : nullptr;
+    Converter* const latest = cache != nullptr ? cache->latest : nullptr;
+    if (name == nullptr || latest == nullptr || std::strcmp(latest->name, name) != 0) {
+        return acquire_another(name, failure);
+    }
+    latest->last_used = ++cache->lookups;
+    ++latest->uses;
+    return latest;
 }
 
 void share_converter(Converter* converter) {
