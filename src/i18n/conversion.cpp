@@ -13,6 +13,7 @@
 
 #include "i18n/open_failure.h"
 #include "i18n/thread_converters.h"
+#include "i18n/utf8.h"
 
 namespace qxut {
 namespace {
@@ -42,9 +43,38 @@ Unit* allocate_result(int32_t room, Convert convert) {
     return block;
 }
 
+// The same for UTF-8: what the first pass of `step` left is measured, and all converted once more.
+template <typename Unit, typename Source, typename Step, typename Measure>
+Unit* allocate_step_result(int32_t room, const Source* source, size_t length, Step step,
+                           Measure measure) {
+    Unit stack[kStackUnits];
+    const Source* const end = source + length;
+    const auto first = step(source, end, stack, stack + room);
+    size_t units = static_cast<size_t>(first.target - stack);
+    const bool is_whole = first.source == end;
+    if (!is_whole) units += measure(first.source, end);
+    if (units >= static_cast<size_t>(std::numeric_limits<int32_t>::max())) return nullptr;
+    auto* const block = static_cast<Unit*>(utMalloc((units + 1) * sizeof(Unit)));
+    if (block == nullptr) return nullptr;
+    if (is_whole) {
+        std::memcpy(block, stack, units * sizeof(Unit));
+    } else {
+        step(source, end, block, block + units);
+    }
+    block[units] = 0;
+    return block;
+}
+
 // Above 0x7FFFFFFF a length or capacity is negative here, and -1 is NUL-terminated.
 int32_t source_length(const void* source, uint32_t length) {
     return source == nullptr ? 0 : static_cast<int32_t>(length);
+}
+
+template <typename Unit>
+size_t measured_length(const Unit* source, uint32_t length) {
+    const int32_t units = source_length(source, length);
+    if (units >= 0) return static_cast<size_t>(units);
+    return units == -1 ? std::char_traits<Unit>::length(source) : 0;
 }
 
 uint32_t set_count(uint32_t* capacity, int32_t count) {
@@ -91,20 +121,15 @@ size_t utf16_strlen(const char16_t* text) {
 }
 
 char16_t* utf8_to_utf16(const char* source, uint32_t length) {
-    const int32_t units = qxut::source_length(source, length);
-    return qxut::allocate_result<char16_t>(
-        qxut::kStackUnits, [&](char16_t* target, int32_t room, UErrorCode& error) {
-            return qxut::convert_utf8_to_utf16(target, room, source, units, error);
-        });
+    return qxut::allocate_step_result<char16_t>(
+        qxut::kStackUnits, reinterpret_cast<const unsigned char*>(source),
+        qxut::measured_length(source, length), qxut::utf8_decode, qxut::utf8_decoded_length);
 }
 
 char* utf16_to_utf8(const char16_t* source, uint32_t length) {
-    const int32_t units = qxut::source_length(source, length);
-    return qxut::allocate_result<char>(qxut::kStackUnits / qxut::kUtf8MaxCharSize,
-                                       [&](char* target, int32_t room, UErrorCode& error) {
-                                           return qxut::convert_utf16_to_utf8(target, room, source,
-                                                                              units, error);
-                                       });
+    return reinterpret_cast<char*>(qxut::allocate_step_result<unsigned char>(
+        qxut::kStackUnits / qxut::kUtf8MaxCharSize, source, qxut::measured_length(source, length),
+        qxut::utf8_encode, qxut::utf8_encoded_length));
 }
 
 char16_t* lcp_to_utf16(const char* source, uint32_t length) {

@@ -11,7 +11,7 @@
 //     bytes  41 C3 A9 20 D0 B6 ...   ends  1 0 1 1 0 1 ...   lanes  0041 C3A9 0020 D0B6 ...
 //
 // Stores may reach beyond the units they are for; the bytes still to come have at least as many.
-// Entry point: utf8_decode_vectors.
+// Entry point: utf8_decode_vectors. Tested by tests/i18n/utf8_forms_test.cpp.
 #include "i18n/processor.h"
 #include "i18n/utf8.h"
 

@@ -5,7 +5,7 @@
 // pairs are taken one by one, and the first one without its other half ends the run.
 //
 // Stores may reach beyond the bytes they are for; the units still to come have at least as many.
-// Entry point: utf8_encode_vectors.
+// Entry point: utf8_encode_vectors. Tested by tests/i18n/utf8_forms_test.cpp.
 #include "i18n/processor.h"
 #include "i18n/utf8.h"
 

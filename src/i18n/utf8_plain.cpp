@@ -1,9 +1,4 @@
-// utf8_plain.cpp - UTF-8 and UTF-16 character by character, and whole texts; see utf8.h.
-#include <algorithm>
-#include <cstring>
-#include <iterator>
-
-#include "i18n/processor.h"
+// utf8_plain.cpp - UTF-8 and UTF-16 character by character, with all rules; see utf8.h.
 #include "i18n/utf8.h"
 
 namespace qxut {
@@ -39,22 +34,6 @@ Character decode_multibyte(const unsigned char* source, size_t available) {
     if (lead < 0xF0) return {(lead & 0x0F) << 12 | three, 3};
     if (available < 4 || !is_continuation(source[3])) return {kReplacement, 3};
     return {(lead & 0x07) << 18 | three << 6 | (source[3] & 0x3Fu), 4};
-}
-
-// Runs the steps into memory that nobody reads, for their length; the first units also go to the
-// target, which has room for fewer than a character has.
-template <typename Unit, typename Source, typename Step>
-size_t measure_rest(Unit* target, size_t room, const Source* source, const Source* end, Step step) {
-    Unit scratch[2048];
-    size_t total = 0;
-    while (source != end) {
-        const auto after = step(source, end, scratch, std::end(scratch));
-        const auto written = static_cast<size_t>(after.target - scratch);
-        if (total < room) std::copy_n(scratch, std::min(room - total, written), target + total);
-        total += written;
-        source = after.source;
-    }
-    return total;
 }
 
 }  // namespace
@@ -111,75 +90,6 @@ EncodeStep utf8_encode_plain(const char16_t* source, const char16_t* source_end,
         ++source;
     }
     return {source, target};
-}
-
-#if defined(QXUT_I18N_VECTORS)
-namespace {
-
-// Characters that the vector form left, to be taken one by one before it is tried again; at the
-// ends of source and target it takes nothing.
-constexpr ptrdiff_t kPlainRun = 16;
-
-}  // namespace
-
-DecodeStep utf8_decode(const unsigned char* source, const unsigned char* source_end,
-                       char16_t* target, char16_t* target_end) {
-    if (!has_vectors()) return utf8_decode_plain(source, source_end, target, target_end);
-    DecodeStep step{source, target};
-    for (;;) {
-        step = utf8_decode_vectors(step.source, source_end, step.target, target_end);
-        if (source_end - step.source < 80 || target_end - step.target < 80) {
-            return utf8_decode_plain(step.source, source_end, step.target, target_end);
-        }
-        step = utf8_decode_plain(step.source, source_end, step.target, step.target + kPlainRun);
-    }
-}
-
-EncodeStep utf8_encode(const char16_t* source, const char16_t* source_end, unsigned char* target,
-                       unsigned char* target_end) {
-    if (!has_vectors()) return utf8_encode_plain(source, source_end, target, target_end);
-    EncodeStep step{source, target};
-    for (;;) {
-        step = utf8_encode_vectors(step.source, source_end, step.target, target_end);
-        if (source_end - step.source < 32 || target_end - step.target < 64) {
-            return utf8_encode_plain(step.source, source_end, step.target, target_end);
-        }
-        step = utf8_encode_plain(step.source, source_end, step.target, step.target + kPlainRun);
-    }
-}
-
-#else
-
-DecodeStep utf8_decode(const unsigned char* source, const unsigned char* source_end,
-                       char16_t* target, char16_t* target_end) {
-    return utf8_decode_plain(source, source_end, target, target_end);
-}
-
-EncodeStep utf8_encode(const char16_t* source, const char16_t* source_end, unsigned char* target,
-                       unsigned char* target_end) {
-    return utf8_encode_plain(source, source_end, target, target_end);
-}
-
-#endif
-
-size_t utf8_to_utf16_whole(char16_t* target, size_t capacity, const char* source, size_t length) {
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(source);
-    const DecodeStep step = utf8_decode(bytes, bytes + length, target, target + capacity);
-    const auto written = static_cast<size_t>(step.target - target);
-    const size_t total = written + measure_rest(step.target, capacity - written, step.source,
-                                                bytes + length, utf8_decode);
-    if (total < capacity) target[total] = 0;
-    return total;
-}
-
-size_t utf16_to_utf8_whole(char* target, size_t capacity, const char16_t* source, size_t length) {
-    auto* const bytes = reinterpret_cast<unsigned char*>(target);
-    const EncodeStep step = utf8_encode(source, source + length, bytes, bytes + capacity);
-    const auto written = static_cast<size_t>(step.target - bytes);
-    const size_t total = written + measure_rest(step.target, capacity - written, step.source,
-                                                source + length, utf8_encode);
-    if (total < capacity) target[total] = 0;
-    return total;
 }
 
 }  // namespace qxut

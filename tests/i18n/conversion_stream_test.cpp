@@ -198,8 +198,8 @@ TEST(ConversionStream, PoliciesAndAccounts) {
         EXPECT_EQ(again.status, row.status);
         EXPECT_EQ(again.read + again.written, 0u);
         for (size_t cut = 0; cut <= row.source.size(); ++cut) {
-            for (const size_t room : {1, 2, 1000}) {
-                for (const size_t then : {1, 1000}) {
+            for (const size_t room : {1u, 2u, 1000u}) {
+                for (const size_t then : {1u, 1000u}) {
                     stream.reset();
                     EXPECT_EQ(convert(stream, row.source, cut, then, room), whole)
                         << "cut at " << cut << ", then " << then << ", room for " << room;
@@ -216,7 +216,7 @@ TEST(ConversionStream, AnyCutGivesTheSame) {
     static constexpr const char* kNames[] = {
         "UTF-8",     "UTF-16LE", "UTF-16",   "windows-1252", "GB18030",     "ISO-2022-JP",
         "Shift_JIS", "EUC-JP",   "UTF-32BE", "US-ASCII",     "windows-1258"};
-    for (int round = 0; round < 250; ++round) {
+    for (size_t round = 0; round < 250; ++round) {
         const char* const from = kNames[round % std::size(kNames)];
         const char* const to = kNames[texts.below(std::size(kNames))];
         std::string source;
