@@ -169,8 +169,8 @@ void ConversionStream::State::decode(const char*& source, const char* end, bool 
     UChar* unit = pivot;
     const char* at = source;
     error = U_ZERO_ERROR;
-    ucnv_toUnicode(decoder, &unit, pivot + kPivotUnits, &at, source + piece, offsets, flush,
-                   &error);
+    ucnv_toUnicode(decoder, &unit, pivot + kPivotUnits, &at, source + piece, offsets,
+                   static_cast<UBool>(flush), &error);
     if (error == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
     const bool is_fault = U_FAILURE(error) && error != U_BUFFER_OVERFLOW_ERROR;
     const auto taken = static_cast<uint64_t>(at - source);
@@ -224,7 +224,8 @@ bool ConversionStream::State::encode(bool flush, char*& target, char* end) {
     const UChar* unit = pivot + pivot_at;
     char* const start = target;
     UErrorCode error = U_ZERO_ERROR;
-    ucnv_fromUnicode(encoder, &target, end, &unit, pivot + pivot_end, nullptr, flush, &error);
+    ucnv_fromUnicode(encoder, &target, end, &unit, pivot + pivot_end, nullptr,
+                     static_cast<UBool>(flush), &error);
     if (error == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
     account.written += static_cast<uint64_t>(target - start);
     pivot_at = static_cast<int32_t>(unit - pivot);

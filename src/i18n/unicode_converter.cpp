@@ -2,6 +2,8 @@
 // thread_converters.cpp and converter.cpp. Tested by tests/i18n/thread_converters_test.cpp.
 #include <qxut/i18n/unicode_converter.hpp>
 
+#include <utility>
+
 #include "i18n/open_failure.h"
 #include "i18n/thread_converters.h"
 
@@ -29,9 +31,8 @@ UnicodeConverterX::UnicodeConverterX(const UnicodeConverterX& other) noexcept
 }
 
 UnicodeConverterX& UnicodeConverterX::operator=(const UnicodeConverterX& other) noexcept {
-    qxut::share_converter(other.converter_);
-    qxut::release_converter(converter_);
-    converter_ = other.converter_;
+    UnicodeConverterX copy(other);
+    std::swap(converter_, copy.converter_);
     return *this;
 }
 

@@ -26,7 +26,7 @@ namespace {
 constexpr size_t kBlock = 64;
 // A whole store reaches over up to 32 units behind those that it is for, which the bytes to come
 // have if there are so many.
-constexpr size_t kMargin = 3 * 32;
+constexpr size_t kMargin = size_t{3} * 32;
 
 struct Places {
     alignas(64) unsigned char place[kBlock];
