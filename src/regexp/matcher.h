@@ -34,7 +34,6 @@ struct SearchRequest {
     bool not_empty = false;        // an empty match is none
     bool plain = false;            // no recording, no fast paths, no search for starts
     size_t not_empty_at = kUnset;  // an empty match at this position is none
-    bool is_plain = false;         // kPlainSearch
     RE_Limits limits;              // as the caller gave them; resolve_limits puts the defaults in
     const std::atomic<bool>* cancel = nullptr;
     RE_Context* context = nullptr;

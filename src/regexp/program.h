@@ -1,7 +1,8 @@
 // program.h - what the matcher runs: a graph lowered to one vector of instructions.
 //
 // An instruction names its successors itself: `next`, and `alt` where it has a second way on;
-// kNoWay is none, the path fails there. Instructions stand in pattern order: forward edges go to
+// kNoWay is none, the path fails there (only instructions
+// from Op::split on have that). Instructions stand in pattern order: forward edges go to
 // higher indexes, only loops lead back, and the inside of a choice's branch, of a loop and of a
 // body is one run of instructions. So an instruction is on every way to a match exactly when no
 // forward edge of an instruction before it leads behind it.
@@ -21,14 +22,14 @@
 #include <cstdint>
 #include <string>
 
+#include "regexp/character_set.h"
 #include "regexp/pattern.h"
 
 namespace qxut::regexp {
 
-class CharacterSet;  // character_set.h
-
 inline constexpr uint32_t kNoWay = UINT32_MAX;
 inline constexpr uint32_t kNoLimit = UINT32_MAX;
+inline constexpr uint32_t kMostInstructions = 1U << 22;
 
 enum class Op : uint8_t {
     // One character, then next.
@@ -89,6 +90,7 @@ enum class Op : uint8_t {
     evaluate_condition,  // next where true, alt where not
     evaluate_dynamic,    // the answer is parsed and matched
     parse_dynamic,       // the text is parsed and matched
+    fail,                // no way on
     match,               // the end
 };
 
@@ -112,6 +114,18 @@ struct Loop {
     uint32_t other = 0;  // an either's second code point
     uint32_t min = 0;
     uint32_t max = kNoLimit;
+    uint32_t follower = kNoWay;    // of Program::filters: what may follow; kNoWay: anything
+    Op written = Op::loop_greedy;  // the instruction before what follows was looked at
+};
+
+// What units a way on can begin with.
+struct Filter {
+    uint64_t low[4] = {};       // below U+0100
+    bool has_other = false;     // any other unit
+    bool holds_at_end = false;  // at the end of the text
+    bool passes(char16_t unit) const {
+        return unit < 256 ? (low[unit / 64] >> unit % 64 & 1) != 0 : has_other;
+    }
 };
 
 struct Counter {
@@ -121,8 +135,11 @@ struct Counter {
 };
 
 struct Region {
-    uint32_t reg = 0;  // holds the stack's height at the region's beginning
+    // Holds the stack's height at the region's beginning; a look-behind's second one, how many
+    // further places are left to try.
+    uint32_t reg = 0;
     bool sets_tokens = false;
+    bool looks_behind = false;
     // A look-behind's: how many characters its body can match.
     uint32_t min = 0;
     uint32_t max = kNoLimit;
@@ -154,6 +171,8 @@ struct Choice {
     static constexpr uint32_t kEnd = 257;
     uint16_t rows[258] = {};  // offset from `first`
     uint32_t first = 0;       // in Program::targets
+    uint32_t ways = 0;        // there too: all ways, in order, then kNoWay
+    uint32_t way_count = 0;
 };
 
 // What encloses an instruction: what a recorded failure at it depends on besides the position.
@@ -164,11 +183,6 @@ struct Scope {
 };
 
 struct Program : RE_Memory {
-    Program();
-    ~Program();
-    Program(Program&&) noexcept;
-    Program& operator=(Program&&) noexcept;
-
     Vector<Instruction> code;
     uint32_t first = 0;  // where a match begins
     Vector<CharacterSet> sets;
@@ -177,6 +191,7 @@ struct Program : RE_Memory {
     Vector<char16_t> units;
     Vector<FoldedUnit> folded_units;
     Vector<Loop> loops;
+    Vector<Filter> filters;
     Vector<Counter> counters;
     Vector<Region> regions;
     Vector<Reference> references;
@@ -194,9 +209,10 @@ struct Program : RE_Memory {
     bool has_dynamic_parts = false;
 };
 
-// Lowers a parsed pattern, which must outlive the program. Throws UserException
-// (REGEXP_PROGRAM_TOO_LARGE), InterruptException, std::bad_alloc.
-Program lower(const Pattern& pattern);
+// Lowers a parsed pattern, which must outlive the program. A dynamic pattern refers to the tokens
+// of `outer`, the program around it. Throws UserException (REGEXP_PROGRAM_TOO_LARGE),
+// std::bad_alloc.
+Program lower(const Pattern& pattern, const Program* outer = nullptr);
 
 // The program as text, one line an instruction.
 std::string program_text(const Program& program);

@@ -20,6 +20,7 @@
 #include <qxut/util/contexts.hpp>
 
 #include "i18n/unloading.h"
+#include "regexp/unloading.h"
 #include "platform/loader.h"
 #include "util/builtin_tables.h"
 
@@ -84,6 +85,7 @@ void library_loaded() {
 void library_unloading() {
     if (state != State::loaded) return;
     close_thread_converters();
+    regexp::close_thread_scratches();
     remove_messages(*default_holder->get());
     default_holder->~BasicContextsHolder();
     default_holder = nullptr;

@@ -1,0 +1,43 @@
+// lower.cpp - from the graph that users see to the program that the matcher runs.
+//
+// The stages and what lies between them: lowering.h. Entry: lower. Tested by
+// tests/regexp/program_test.cpp.
+#include <algorithm>
+
+#include "regexp/failure.h"
+#include "regexp/lowering.h"
+
+namespace qxut::regexp {
+namespace {
+
+// The tokens whose being set decides a condition.
+void find_tested_tokens(Program& program) {
+    for (const Instruction& in : program.code) {
+        if (in.op != Op::if_token) continue;
+        const Reference& reference = program.references[in.arg];
+        for (uint32_t i = 0; i < reference.count; ++i)
+            program.tested_tokens.push_back(program.tokens[reference.first + i]);
+    }
+    Vector<uint32_t>& tested = program.tested_tokens;
+    std::sort(tested.begin(), tested.end());
+    tested.erase(std::unique(tested.begin(), tested.end()), tested.end());
+}
+
+}  // namespace
+
+Program lower(const Pattern& pattern, const Program* outer) {
+    Lowering lowering(pattern);
+    lowering.program.names = outer != nullptr ? outer->names : pattern.names;
+    lower_nodes(lowering);
+    lower_loops(lowering);
+    lower_layout(lowering);
+    Program& program = lowering.program;
+    program.token_count = static_cast<uint32_t>(pattern.token_count);
+    program.records_failures = !pattern.has_back_references && !pattern.has_dynamic_parts;
+    find_tested_tokens(program);
+    lower_lengths(program);
+    lower_choices(program);
+    return std::move(program);
+}
+
+}  // namespace qxut::regexp

@@ -1,0 +1,129 @@
+// lower_lengths.cpp - how many characters the body of each look-behind can match.
+//
+// One pass in pattern order carries the shortest and the longest way to each instruction from the
+// beginning of the body that it stands in. A loop's exit is reached again when its link back is
+// met, with what its body can match added as often as it may be repeated.
+//
+// Entry: lower_lengths.
+#include "regexp/lowering.h"
+
+namespace qxut::regexp {
+namespace {
+
+struct Lengths {
+    uint32_t min = kNoLimit;  // kNoLimit: not reached
+    uint32_t max = 0;
+};
+
+uint32_t add(uint32_t a, uint32_t b) {
+    return a == kNoLimit || b == kNoLimit || b > kNoLimit - 1 - a ? kNoLimit : a + b;
+}
+uint32_t times(uint32_t a, uint32_t count) {
+    if (a == 0 || count == 0) return 0;
+    return a == kNoLimit || count == kNoLimit || count > (kNoLimit - 1) / a ? kNoLimit : a * count;
+}
+// A lower bound stays one when it does not fit.
+uint32_t bound(uint32_t min) { return min == kNoLimit ? kNoLimit - 1 : min; }
+
+uint32_t characters(const Program& program, const Instruction& in) {
+    const bool is_folded = in.op == Op::folded_string;
+    const Run run = (is_folded ? program.folded_strings : program.strings)[in.arg];
+    uint32_t count = 0;
+    for (uint32_t i = 0; i < run.length; ++i) {
+        const char16_t unit =
+            is_folded ? program.folded_units[run.first + i].units[0] : program.units[run.first + i];
+        if ((unit & 0xFC00) != 0xDC00) ++count;
+    }
+    return count;
+}
+
+// What an instruction itself matches.
+Lengths own_length(const Program& program, const Instruction& in) {
+    switch (in.op) {
+        case Op::character:
+        case Op::either:
+        case Op::any:
+        case Op::line:
+        case Op::set:
+            return {1, 1};
+        case Op::string:
+        case Op::folded_string: {
+            const uint32_t count = characters(program, in);
+            return {count, count};
+        }
+        case Op::loop_greedy:
+        case Op::loop_lazy:
+        case Op::loop_possessive: {
+            const Loop& loop = program.loops[in.arg];
+            return {loop.min, loop.max};
+        }
+        case Op::reference:
+        case Op::reference_folded:
+        case Op::evaluate_dynamic:
+        case Op::parse_dynamic:
+            return {0, kNoLimit};
+        default:
+            return {0, 0};
+    }
+}
+
+}  // namespace
+
+void lower_lengths(Program& program) {
+    const Vector<Instruction>& code = program.code;
+    Vector<Lengths> to(code.size());
+    const auto reach = [&](uint32_t at, uint32_t min, uint32_t max) {
+        if (at == kNoWay) return;
+        Lengths& lengths = to[at];
+        lengths.min = std::min(lengths.min, bound(min));
+        lengths.max = std::max(lengths.max, max);
+    };
+    if (program.first != kNoWay) reach(program.first, 0, 0);
+    for (uint32_t pc = 0; pc < code.size(); ++pc) {
+        const Instruction& in = code[pc];
+        const Lengths here = to[pc];
+        if (here.min == kNoLimit) continue;
+        if (in.op == Op::look_ahead || in.op == Op::look_behind) reach(pc + 1, 0, 0);
+        if (in.op == Op::region_end && in.next == kNoWay) {
+            program.regions[in.arg].min = here.min;
+            program.regions[in.arg].max = here.max;
+        }
+        const Lengths own = own_length(program, in);
+        const uint32_t min = add(here.min, own.min);
+        const uint32_t max = add(here.max, own.max);
+        const auto follow = [&](uint32_t target) {
+            if (target == kNoWay) return;
+            if (target > pc) {
+                reach(target, min, max);
+                return;
+            }
+            // Back to a repetition: its exit, after as many iterations as it takes.
+            const Instruction& head = code[target];
+            const uint32_t body_min = min - to[target].min;
+            const uint32_t body_max = max == kNoLimit ? kNoLimit : max - to[target].max;
+            if (head.op == Op::counter) {
+                const Counter& counter = program.counters[head.arg];
+                const bool is_fixed = counter.kind == Counter::Kind::fixed;
+                reach(
+                    head.alt,
+                    is_fixed ? add(to[target].min, times(body_min, counter.count)) : to[target].min,
+                    add(to[target].max, times(body_max, counter.count)));
+            } else {
+                const uint32_t exit = head.next == target + 1 ? head.alt : head.next;
+                reach(exit, to[target].min, body_max == 0 ? to[target].max : kNoLimit);
+            }
+        };
+        const bool is_fixed_counter =
+            in.op == Op::counter && program.counters[in.arg].kind == Counter::Kind::fixed;
+        if (in.op == Op::choice) {
+            const Choice& choice = program.choices[in.arg];
+            for (uint32_t i = 0; i < choice.way_count; ++i)
+                follow(program.targets[choice.ways + i]);
+            continue;
+        }
+        follow(in.next);
+        if (has_alt(in.op) && !is_fixed_counter) follow(in.alt);
+    }
+}
+
+}  // namespace qxut::regexp

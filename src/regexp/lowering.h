@@ -1,0 +1,98 @@
+// lowering.h - what lies between the graph and the program: steps, which are instructions still
+// without an order.
+//
+// lower.cpp runs the stages over one Lowering: lower_nodes.cpp makes steps of nodes and marks,
+// lower_loops.cpp puts simpler steps in the place of several, lower_layout.cpp finds the loops that
+// need to notice an empty iteration and brings the steps into pattern order, lower_lengths.cpp
+// finds how far look-behinds have to look, lower_choices.cpp looks at what characters the ways on
+// begin with. Each walks with a list of its own and never
+// calls itself.
+#ifndef QXUT_SRC_REGEXP_LOWERING_H
+#define QXUT_SRC_REGEXP_LOWERING_H
+
+#include <map>
+
+#include "regexp/character_set.h"
+#include "regexp/program.h"
+
+namespace qxut::regexp {
+
+struct Step {
+    enum class Kind : uint8_t {
+        plain,    // its op says it all
+        nothing,  // goes on to next
+        loop,     // a split that repeats
+    } kind = Kind::plain;
+    Op op = Op::match;
+    bool is_lazy = false;  // a loop's alt is its body
+    uint32_t next = kNoWay;
+    uint32_t alt = kNoWay;
+    uint32_t arg = 0;
+    uint32_t body = kNoWay;   // of a look-around
+    uint32_t scope = kNoWay;  // what encloses it
+    uint32_t own = kNoWay;    // the scope of a loop's or counter's iterations
+    Loop repeat;              // of a single-character loop
+    uint32_t ways = 0;        // of a choice: a run of Lowering::ways
+    uint32_t way_count = 0;
+};
+
+struct LoweredScope : Scope {
+    bool is_dropped = false;        // there is nothing of it to remember
+    uint32_t number = kNoWay;       // in the program
+    const RE_Link* exit = nullptr;  // of an atomic group: what follows its body
+};
+
+// What one set was made of, to know an equal one and to unite two.
+using SetItems = Vector<uint64_t>;
+
+struct Lowering {
+    explicit Lowering(const Pattern& p) : pattern(p) {}
+
+    const Pattern& pattern;
+    Program program;
+    Vector<Step> steps;
+    Vector<LoweredScope> scopes;
+    Vector<uint32_t> ways;
+    uint32_t first = kNoWay;
+
+    std::map<SetItems, uint32_t, std::less<>, Allocator<std::pair<const SetItems, uint32_t>>> sets;
+    Vector<const SetItems*> items_of;  // of each set; the map's keys
+
+    uint32_t add_step(const Step& step);
+    uint32_t add_scope(Scope::Kind kind, uint32_t parent, uint32_t arg);
+
+    // Where a step leads in the end.
+    uint32_t behind_nothing(uint32_t step) const {
+        while (step != kNoWay && steps[step].kind == Step::Kind::nothing) step = steps[step].next;
+        return step;
+    }
+    uint32_t loop_body(const Step& loop) const { return loop.is_lazy ? loop.alt : loop.next; }
+    uint32_t loop_exit(const Step& loop) const { return loop.is_lazy ? loop.next : loop.alt; }
+
+    // Of a set's items; the set is made where there is none yet.
+    uint32_t set_of(SetItems items);
+};
+
+// Items of sets, as SetItems holds them; a first item kNegatedItems makes the set a negated one.
+inline constexpr uint64_t kNegatedItems = uint64_t{3} << 62;
+uint64_t range_item(char32_t first, char32_t last, bool ignores_case);
+uint64_t class_item(char letter);
+
+void lower_nodes(Lowering& lowering);
+void lower_loops(Lowering& lowering);
+void lower_layout(Lowering& lowering);
+void lower_lengths(Program& program);
+void lower_choices(Program& program);
+
+// Steps in pattern order.
+Vector<uint32_t> order_steps(const Lowering& lowering);
+
+// One of the instructions that consume a single character forwards.
+constexpr bool is_single(Op op) { return op <= Op::set; }
+constexpr bool is_loop(Op op) {
+    return op == Op::loop_greedy || op == Op::loop_lazy || op == Op::loop_possessive;
+}
+
+}  // namespace qxut::regexp
+
+#endif

@@ -1,0 +1,314 @@
+// matcher_loops.cpp - the loops over one character: a run of text is gone over at once, and one
+// entry on the stack stands for all the places where the loop may end.
+//
+// Where it is known what may follow, only places are tried where that stands.
+//
+// A loop without an upper limit is in the same state wherever in its run it stands, once it has
+// its least characters. So failures are recorded for each place of the run, and a loop that meets a
+// recorded one need not go on: neither more characters nor its end can succeed there. A loop with a
+// limit is recorded under the place behind its least characters.
+//
+// Entry: the start_ and resume_ functions, of the main loop.
+#include <algorithm>
+
+#include "regexp/matcher_run.h"
+
+namespace qxut::regexp {
+
+// Goes over what the loop takes in [p, end), `room` characters at most, and takes them off.
+const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, const char16_t* end,
+                                       uint32_t& room) const {
+    // Characters that are one unit, room being no matter.
+    const auto units = [&](auto takes_unit) {
+        const char16_t* const stop =
+            static_cast<size_t>(end - p) <= room ? end : p + static_cast<ptrdiff_t>(room);
+        const char16_t* const from = p;
+        while (p != stop && takes_unit(*p)) ++p;
+        if (room != kNoLimit) room -= static_cast<uint32_t>(p - from);
+        return p;
+    };
+    const auto characters = [&](auto takes_character) {
+        uint32_t left = room;
+        while (p != end && left != 0) {
+            const char16_t* after = p;
+            if (!takes_character(next_character(after, end))) break;
+            p = after;
+            --left;
+        }
+        if (room != kNoLimit) room = left;
+        return p;
+    };
+    switch (loop.what) {
+        case Op::character:
+            if (loop.arg <= 0xFFFF && !is_surrogate(loop.arg)) {
+                const auto wanted = static_cast<char16_t>(loop.arg);
+                return units([wanted](char16_t unit) { return unit == wanted; });
+            }
+            return characters([&](char32_t c) { return c == loop.arg; });
+        case Op::either:
+            return characters([&](char32_t c) { return c == loop.arg || c == loop.other; });
+        case Op::any:
+            if (room == kNoLimit) return end;
+            return characters([](char32_t) { return true; });
+        case Op::line:
+            if (room == kNoLimit) return units([](char16_t unit) { return unit != u'\n'; });
+            return characters([](char32_t c) { return c != U'\n'; });
+        default: {
+            const CharacterSet& set = program_->sets[loop.arg];
+            if (!set.has_high()) {
+                const auto& low = set.low();
+                return units([&low](char16_t unit) {
+                    return unit < 256 && (low[unit / 64] >> unit % 64 & 1) != 0;
+                });
+            }
+            return characters([&set](char32_t c) { return set.contains(c); });
+        }
+    }
+}
+
+// To where the loop can take no more, `max` characters at most.
+const char16_t* Backtracker::scan(const Loop& loop, const char16_t* p, uint32_t max) {
+    uint32_t room = max;
+    for (;;) {
+        const char16_t* end = end_;
+        if (end - p > kUnitsAtOnce) {
+            end = p + kUnitsAtOnce;
+            if (is_low_surrogate(*end) && is_high_surrogate(end[-1])) ++end;
+        }
+        const char16_t* const stopped = scan_some(loop, p, end, room);
+        charge(static_cast<size_t>(stopped - p), stopped);
+        p = stopped;
+        if (p == end_) {
+            reached_end_ = true;
+            return p;
+        }
+        if (p != end || room == 0) return p;
+    }
+}
+
+inline bool Backtracker::takes(const Loop& loop, const char16_t*& p) {
+    if (p == end_) {
+        reached_end_ = true;
+        return false;
+    }
+    uint32_t room = 1;
+    const char16_t* const after = scan_some(loop, p, end_, room);
+    const bool has_taken = after != p;
+    p = after;
+    return has_taken;
+}
+
+// Behind the characters that the loop must take; null when they are not there.
+const char16_t* Backtracker::behind_least(const Loop& loop, const char16_t* p) {
+    if (loop.min == 0) return p;
+    if (loop.min == 1) return takes(loop, p) ? p : nullptr;
+    const char16_t* from = p;
+    uint32_t room = loop.min;
+    while (room != 0) {
+        const uint32_t part = std::min<uint32_t>(room, kUnitsAtOnce);
+        uint32_t left = part;
+        p = scan_some(loop, from, end_, left);
+        if (left != 0) {
+            if (p == end_) reached_end_ = true;
+            return nullptr;
+        }
+        charge(static_cast<size_t>(p - from), p);
+        from = p;
+        room -= part;
+    }
+    return p;
+}
+
+inline bool Backtracker::may_end_at(const Loop& loop, const char16_t* p) {
+    const Filter& filter = program_->filters[loop.follower];
+    if (p != end_) return filter.passes(*p);
+    reached_end_ = true;
+    return filter.holds_at_end;
+}
+
+// The last place from `from` back to `low` where the loop may end; null when there is none.
+const char16_t* Backtracker::give_back(const Loop& loop, const char16_t* from,
+                                       const char16_t* low) {
+    if (loop.follower == kNoWay || is_plain_) return from;
+    while (!may_end_at(loop, from)) {
+        if (from == low) return nullptr;
+        from = before_character(from, text_);
+    }
+    return from;
+}
+
+// As scan, but not into a place where the loop is known to fail.
+const char16_t* Backtracker::scan_recorded(const Loop& loop, uint32_t pc, const char16_t* low,
+                                           bool& has_met_failure) {
+    has_met_failure = false;
+    const char16_t* p = low;
+    Records::Point point{};
+    if (!point_of(pc, offset(low) + 1, point)) return scan(loop, low, kNoLimit);
+    for (;;) {
+        const char16_t* after = p;
+        if (!takes(loop, after)) break;
+        if (records_->has(point, offset(after))) {
+            has_met_failure = true;
+            break;
+        }
+        p = after;
+    }
+    charge(static_cast<size_t>(p - low) * kUnitsOfStep, p);
+    return p;
+}
+
+bool Backtracker::start_greedy(State& state) {
+    const Instruction& in = program_->code[state.pc];
+    const Loop& loop = program_->loops[in.arg];
+    const char16_t* const low = behind_least(loop, state.position);
+    if (low == nullptr) return false;
+    if (!is_recording_) {
+        const char16_t* const last =
+            scan(loop, low, loop.max == kNoLimit ? kNoLimit : loop.max - loop.min);
+        const char16_t* const end = give_back(loop, last, low);
+        if (end == nullptr) return false;
+        if (end != low)
+            push(state.top, Entry::Kind::greedy_loop, state.pc, offset(end), offset(low), end);
+        state.position = end;
+        state.pc = in.next;
+        return true;
+    }
+    if (has_failed(state.pc, low)) return false;
+    const bool has_limit = loop.max != kNoLimit;
+    bool has_met_failure = false;
+    const char16_t* const last = has_limit ? scan(loop, low, loop.max - loop.min)
+                                           : scan_recorded(loop, state.pc, low, has_met_failure);
+    const char16_t* const end = give_back(loop, last, low);
+    if (end == nullptr) {
+        record(state.pc, offset(low), has_limit ? offset(low) : offset(last));
+        return false;
+    }
+    if (end != last && !has_limit) record(state.pc, offset(end) + 1, offset(last));
+    push(state.top, Entry::Kind::greedy_loop, state.pc, offset(end), offset(low), end);
+    state.position = end;
+    state.pc = in.next;
+    return true;
+}
+
+bool Backtracker::resume_greedy(State& state) {
+    Entry& entry = state.top[-1];
+    const Instruction& in = program_->code[entry.pc];
+    const Loop& loop = program_->loops[in.arg];
+    const char16_t* const tried = text_ + entry.position;
+    const char16_t* const low = text_ + entry.extra;
+    const bool records_run = is_recording_ && loop.max == kNoLimit;
+    const char16_t* const end =
+        tried == low ? nullptr : give_back(loop, before_character(tried, text_), low);
+    if (records_run) {
+        record(entry.pc, end == nullptr ? entry.extra : offset(end) + 1, entry.position);
+    } else if (is_recording_ && end == nullptr) {
+        record(entry.pc, entry.extra, entry.extra);
+    }
+    if (end == nullptr) {
+        --state.top;
+        return false;
+    }
+    charge(static_cast<size_t>(tried - end), end);
+    entry.position = offset(end);
+    if (end == low && !is_recording_) --state.top;
+    state.position = end;
+    state.pc = in.next;
+    return true;
+}
+
+// The next place from `p` on where a lazy loop may end; null, and `p` the last place where it
+// stood, when it cannot go so far.
+const char16_t* Backtracker::lazy_end(const Loop& loop, uint32_t pc, const char16_t*& p,
+                                      uint32_t& room) {
+    const char16_t* const from = p;
+    while (loop.follower != kNoWay && !is_plain_ && !may_end_at(loop, p)) {
+        const char16_t* after = p;
+        if (room == 0 || !takes(loop, after)) return nullptr;
+        if (is_recording_ && loop.max == kNoLimit && has_failed(pc, after)) return nullptr;
+        p = after;
+        if (room != kNoLimit) --room;
+    }
+    charge(static_cast<size_t>(p - from), p);
+    return p;
+}
+
+bool Backtracker::start_lazy(State& state) {
+    const Instruction& in = program_->code[state.pc];
+    const Loop& loop = program_->loops[in.arg];
+    const char16_t* p = behind_least(loop, state.position);
+    if (p == nullptr) return false;
+    if (is_recording_ && has_failed(state.pc, p)) return false;
+    const bool has_limit = loop.max != kNoLimit;
+    const size_t low = offset(p);
+    uint32_t room = has_limit ? loop.max - loop.min : kNoLimit;
+    const char16_t* const end = lazy_end(loop, state.pc, p, room);
+    if (end == nullptr) {
+        if (is_recording_) record(state.pc, low, has_limit ? low : offset(p));
+        return false;
+    }
+    if (is_recording_ && has_limit) push(state.top, Entry::Kind::failed, state.pc, low, 0, end);
+    if (room != 0)
+        push(state.top, Entry::Kind::lazy_loop, state.pc, offset(end), has_limit ? room : low, end);
+    state.position = end;
+    state.pc = in.next;
+    return true;
+}
+
+bool Backtracker::resume_lazy(State& state) {
+    Entry& entry = state.top[-1];
+    const Instruction& in = program_->code[entry.pc];
+    const Loop& loop = program_->loops[in.arg];
+    const bool has_limit = loop.max != kNoLimit;
+    uint32_t room = has_limit ? static_cast<uint32_t>(entry.extra) : kNoLimit;
+    const char16_t* last = text_ + entry.position;
+    const char16_t* p = last;
+    const char16_t* end = nullptr;
+    if (takes(loop, p) && !(is_recording_ && !has_limit && has_failed(entry.pc, p))) {
+        last = p;
+        if (has_limit) --room;
+        end = lazy_end(loop, entry.pc, last, room);
+    }
+    if (end == nullptr) {
+        if (is_recording_ && !has_limit) record(entry.pc, entry.extra, offset(last));
+        --state.top;
+        return false;
+    }
+    entry.position = offset(end);
+    if (has_limit) entry.extra = room;
+    if (room == 0) --state.top;
+    state.position = end;
+    state.pc = in.next;
+    return true;
+}
+
+bool Backtracker::start_possessive(State& state) {
+    const Instruction& in = program_->code[state.pc];
+    const Loop& loop = program_->loops[in.arg];
+    if (is_plain_ && loop.written != Op::loop_possessive)
+        return loop.written == Op::loop_greedy ? start_greedy(state) : start_lazy(state);
+    const char16_t* const low = behind_least(loop, state.position);
+    if (low == nullptr) return false;
+    const char16_t* end = low;
+    if (!is_recording_) {
+        if (loop.max != loop.min)
+            end = scan(loop, low, loop.max == kNoLimit ? kNoLimit : loop.max - loop.min);
+    } else if (has_failed(state.pc, low)) {
+        return false;
+    } else if (loop.max != kNoLimit) {
+        end = scan(loop, low, loop.max - loop.min);
+        push(state.top, Entry::Kind::failed, state.pc, offset(low), 0, end);
+    } else {
+        bool has_met_failure = false;
+        end = scan_recorded(loop, state.pc, low, has_met_failure);
+        if (has_met_failure) {  // it goes through that place, and not through
+            record(state.pc, offset(low), offset(end));
+            return false;
+        }
+        push(state.top, Entry::Kind::failed_run, state.pc, offset(low), offset(end), end);
+    }
+    state.position = end;
+    state.pc = in.next;
+    return true;
+}
+
+}  // namespace qxut::regexp

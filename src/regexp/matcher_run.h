@@ -1,0 +1,148 @@
+// matcher_run.h - the state of one search while it tries its starts.
+#ifndef QXUT_SRC_REGEXP_MATCHER_RUN_H
+#define QXUT_SRC_REGEXP_MATCHER_RUN_H
+
+#include <memory>
+
+#include "regexp/characters.h"
+#include "regexp/dynamic.h"
+#include "regexp/matcher.h"
+#include "regexp/program.h"
+#include "regexp/records.h"
+#include "regexp/scratch.h"
+
+namespace qxut::regexp {
+
+class Iteration : public RE_Memory {
+  public:
+    uint64_t steps = 0;
+    Records records;
+    bool has_reached_end = false;  // while failures were recorded
+    DynamicPrograms dynamic_programs;
+};
+
+class Backtracker {
+  public:
+    Backtracker(SearchRequest& request, Scratch& scratch);
+    ~Backtracker();
+    Backtracker(const Backtracker&) = delete;
+    Backtracker& operator=(const Backtracker&) = delete;
+
+    // Whether there is a match from `start`. Everything is as before when there is none.
+    bool attempt(size_t start);
+    // Writes the extents of the match that was found.
+    void take_extents(size_t* extents) const;
+
+    // The answer depended on where the text ends.
+    void note_end() { reached_end_ = true; }
+
+    // Counts what is no step of the program, units that are gone over, and polls.
+    void charge(size_t units, const char16_t* position) {
+        countdown_ -= static_cast<int32_t>(units / kUnitsOfStep);
+        if (countdown_ <= 0) countdown_ = poll(position, countdown_);
+    }
+
+  private:
+    // What the main loop keeps in registers; calls out of it get a copy.
+    struct State {
+        const char16_t* position;
+        uint32_t pc;
+        Entry* top;
+    };
+
+    bool run(const char16_t* start);
+
+    // Budgets.
+    int32_t poll(const char16_t* position, int32_t countdown);
+    static constexpr size_t kUnitsOfStep = 32;
+    static constexpr ptrdiff_t kUnitsAtOnce = 1 << 14;
+
+    // The stack.
+    Entry* grow(Entry* top, const char16_t* position);
+    void push(Entry*& top, Entry::Kind kind, uint32_t pc, size_t position, size_t extra,
+              const char16_t* where) {
+        if (top == stack_limit_) [[unlikely]]
+            top = grow(top, where);
+        *top++ = {kind, pc, position, extra};
+    }
+    Entry* cut(Entry* top, size_t height, bool keeps_undone);
+
+    // Tests.
+    bool is_word_start(const char16_t* p);
+    bool is_word_end(const char16_t* p);
+    bool match_string(const Instruction& in, const char16_t*& p);
+    bool match_folded_string(const Instruction& in, const char16_t*& p);
+    bool match_before(const Instruction& in, const char16_t*& p) const;
+    const TokenState* referenced(const Reference& reference) const;
+    bool match_reference(const Instruction& in, const char16_t*& p);
+    bool match_reference_folded(const Instruction& in, const char16_t*& p);
+
+    // Single-character loops; matcher_loops.cpp. Those that start or resume one say whether the
+    // match goes on, with the state changed for it.
+    const char16_t* scan(const Loop& loop, const char16_t* p, uint32_t max);
+    const char16_t* scan_some(const Loop& loop, const char16_t* p, const char16_t* end,
+                              uint32_t& room) const;
+    bool takes(const Loop& loop, const char16_t*& p);
+    const char16_t* behind_least(const Loop& loop, const char16_t* p);
+    bool may_end_at(const Loop& loop, const char16_t* p);
+    const char16_t* give_back(const Loop& loop, const char16_t* from, const char16_t* low);
+    const char16_t* scan_recorded(const Loop& loop, uint32_t pc, const char16_t* low,
+                                  bool& has_met_failure);
+    bool start_greedy(State& state);
+    bool resume_greedy(State& state);
+    bool start_lazy(State& state);
+    bool resume_lazy(State& state);
+    bool start_possessive(State& state);
+    const char16_t* lazy_end(const Loop& loop, uint32_t pc, const char16_t*& p, uint32_t& room);
+
+    // Look-behind.
+    const char16_t* step_back(const char16_t* p, uint32_t count) const;
+
+    // Recorded failures; matcher_records.cpp.
+    bool point_of(uint32_t pc, size_t position, Records::Point& point) const;
+    bool has_failed(uint32_t pc, const char16_t* p);
+    void record(uint32_t pc, size_t first, size_t last);
+
+    // Dynamic parts; matcher_dynamic.cpp.
+    bool evaluate(State& state);
+    bool enter_dynamic(State& state);
+    void leave_dynamic(State& state);
+    Vector<RE_Evaluation_Input> inputs() const;
+    void* function_of(const RE_Text& text) const;
+    void use_frame(uint32_t frame);
+
+    size_t offset(const char16_t* p) const { return static_cast<size_t>(p - text_); }
+
+    SearchRequest& request_;
+    Scratch& scratch_;
+    const RE_Limits limits_;
+    const char16_t* const text_;
+    const char16_t* const end_;
+    const Program* program_;  // of the current frame
+    size_t* registers_ = nullptr;
+    uint32_t frame_ = 0;
+    Entry* stack_limit_ = nullptr;
+
+    Records* records_;
+    bool is_recording_ = false;
+    const bool is_plain_;
+    bool reached_end_ = false;
+    bool has_set_tokens_ = false;
+    const bool allows_records_;
+    size_t attempt_ = 0;  // its start
+
+    uint64_t used_ = 0;         // steps up to the last poll, those of the iteration among them
+    uint64_t used_before_ = 0;  // by the iteration's earlier searches
+    int32_t quantum_ = 0;       // steps between that poll and the next
+    int32_t countdown_ = 0;     // of them, those left
+    size_t furthest_;           // place that a poll has seen
+
+    size_t match_start_ = 0;
+    size_t match_end_ = 0;
+
+    DynamicPrograms own_dynamic_programs_;  // of a search without an iteration
+};
+
+}  // namespace qxut::regexp
+
+#endif
