@@ -80,7 +80,6 @@ class Assembly {
 
     RE_Node& node(NodeId id) noexcept { return *pattern_.nodes[id]; }
     RE_Link& link(NodeId id, LinkKind kind) noexcept;
-    uint32_t copies() const noexcept { return copies_; }
 
     // Makes the fragment the graph of the pattern: its list becomes the order of the pattern's
     // nodes, and nodes that are in no fragment any more are destroyed.

@@ -8,6 +8,11 @@
 #include <qxut/util/interrupt.h>
 
 namespace qxut::regexp {
+namespace {
+
+constexpr RE_Flags kAllFlags = ~RE_NO_FLAGS;
+
+}  // namespace
 
 Parser::Parser(const Source& source, const ParseOptions& options, Pattern& pattern)
     : source_(source),
@@ -16,7 +21,7 @@ Parser::Parser(const Source& source, const ParseOptions& options, Pattern& patte
       assembly_(pattern),
       closers_(source),
       escapes_(source),
-      flags_(options.flags & ~RE_NO_FLAGS) {}
+      flags_(options.flags & kAllFlags) {}
 
 void Parser::run() {
     open(Level::Kind::pattern, 0, 0, source_.length, flags_);
@@ -147,14 +152,13 @@ const char16_t* Parser::keep_name(size_t begin, size_t end) {
     return pattern_.units.back().data();
 }
 
-Fragment Parser::character_node(char32_t c, size_t position) {
-    RE_Natural* node = nullptr;
-    if (ignores_case()) {
-        node = assembly_.make<RE_Natural_I>(position, c);
-    } else {
-        node = assembly_.make<RE_Natural>(position, c);
-    }
-    Fragment fragment = assembly_.open_fragment_of(*node);
+RE_Natural* Parser::make_character(char32_t c, size_t position, bool ignores_case) {
+    if (ignores_case) return assembly_.make<RE_Natural_I>(position, c);
+    return assembly_.make<RE_Natural>(position, c);
+}
+
+Fragment Parser::character_fragment(char32_t c, size_t position, bool ignores_case) {
+    Fragment fragment = assembly_.open_fragment_of(*make_character(c, position, ignores_case));
     fragment.consumes = true;
     return fragment;
 }
@@ -163,7 +167,7 @@ void Parser::read_literal(char32_t c, size_t position, size_t end) {
     at_ = end;
     Quantifier quantifier;
     if (read_quantifier(source_, escapes_.braces(), at_, limit(), free_spacing(), quantifier)) {
-        add(assembly_.repeat(character_node(c, position), quantifier));
+        add(assembly_.repeat(character_fragment(c, position, ignores_case()), quantifier));
     } else {
         add_to_run(c, position, end);
     }
@@ -172,7 +176,7 @@ void Parser::read_literal(char32_t c, size_t position, size_t end) {
 void Parser::add_to_run(char32_t c, size_t position, size_t end) {
     // A lone surrogate stays alone: beside another it would read as a pair.
     if (is_surrogate(c)) {
-        add(character_node(c, position));
+        add(character_fragment(c, position, ignores_case()));
         return;
     }
     if (run_characters_ > 0 && run_ignores_case_ != ignores_case()) flush_run();
@@ -194,13 +198,7 @@ void Parser::flush_run() {
     if (run_characters_ == 1) {
         size_t begin = 0;
         const char32_t c = read_character(run_.data(), begin, run_.size());
-        RE_Natural* node = nullptr;
-        if (run_ignores_case_) {
-            node = assembly_.make<RE_Natural_I>(run_begin_, c);
-        } else {
-            node = assembly_.make<RE_Natural>(run_begin_, c);
-        }
-        fragment = assembly_.open_fragment_of(*node);
+        fragment = character_fragment(c, run_begin_, run_ignores_case_);
     } else {
         auto* node = assembly_.make<RE_String>(run_begin_);
         node->ignores_case = run_ignores_case_;
@@ -212,8 +210,8 @@ void Parser::flush_run() {
             node->text = pattern_.units.back().data();
         }
         fragment = assembly_.open_fragment_of(*node);
+        fragment.consumes = true;
     }
-    fragment.consumes = true;
     run_.clear();
     run_characters_ = 0;
     assembly_.append(levels_.back().sequence, fragment);

@@ -86,7 +86,8 @@ class Parser {
     bool ignores_case() const noexcept { return (flags_ & RE_IGNORE_CASE) != 0; }
     size_t limit() const noexcept { return levels_.back().alternative_end; }
     size_t visible_tokens() const noexcept;
-    Fragment character_node(char32_t c, size_t position);
+    RE_Natural* make_character(char32_t c, size_t position, bool ignores_case);
+    Fragment character_fragment(char32_t c, size_t position, bool ignores_case);
 
     // parser_set.cpp
     void read_set(size_t close);

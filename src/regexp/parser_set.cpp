@@ -44,12 +44,7 @@ void Parser::read_set(size_t close) {
         assembly_.enlist(set, test);
     };
     const auto add_character = [&](char32_t c, size_t position) {
-        RE_Natural* node = nullptr;
-        if (ignores_case()) {
-            node = assembly_.make<RE_Natural_I>(position, c);
-        } else {
-            node = assembly_.make<RE_Natural>(position, c);
-        }
+        RE_Natural* node = make_character(c, position, ignores_case());
         node->consumes = false;
         add_test(*node);
     };
