@@ -231,22 +231,6 @@ bool CharacterSet::is_surely_within(const CharacterSet& other) const noexcept {
     return !may_intersect_high(High(*this, false), High(other, true));
 }
 
-void CharacterSet::widen(const CharacterSet& other) {
-    if (is_negated_ || other.is_negated_) {
-        is_negated_ = false;
-        classes_ = kAllClasses;
-        ranges_.clear();
-    } else {
-        if (!other.ranges_.empty() && classes_ != kAllClasses) {
-            ranges_.reserve(ranges_.size() + other.ranges_.size());
-            ranges_.insert(ranges_.end(), other.ranges_.begin(), other.ranges_.end());
-            normalize(ranges_);
-        }
-        classes_ |= other.classes_;
-    }
-    for (size_t i = 0; i < low_.size(); ++i) low_[i] |= other.low_[i];
-}
-
 void CharacterSetBuilder::add_plain(char32_t first, char32_t last) {
     if (last >= CharacterSet::kLowEnd) {
         const Range range{std::max(first, CharacterSet::kLowEnd), last};
@@ -281,6 +265,13 @@ void CharacterSetBuilder::add_range(char32_t first, char32_t last, bool ignore_c
 void CharacterSetBuilder::add_class(char letter) noexcept {
     const CharacterSet other = CharacterSet::of_class(letter);
     set_.classes_ |= other.classes_;
+    for (size_t i = 0; i < other.low_.size(); ++i) set_.low_[i] |= other.low_[i];
+}
+
+void CharacterSetBuilder::add_set(const CharacterSet& other) {
+    if (!other.is_negated_)
+        set_.ranges_.insert(set_.ranges_.end(), other.ranges_.begin(), other.ranges_.end());
+    set_.classes_ |= other.is_negated_ ? kAllClasses : other.classes_;
     for (size_t i = 0; i < other.low_.size(); ++i) set_.low_[i] |= other.low_[i];
 }
 

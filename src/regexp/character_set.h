@@ -65,10 +65,6 @@ class CharacterSet {
     bool may_intersect(const CharacterSet& other) const noexcept;
     // Whether every member surely is one of `other`. False when that cannot be told.
     bool is_surely_within(const CharacterSet& other) const noexcept;
-    // Adds the members of `other`, and others above kLowEnd where an exact union would be costly.
-    // Throws std::bad_alloc, the set unchanged.
-    void widen(const CharacterSet& other);
-
     bool operator==(const CharacterSet&) const = default;
 
   private:
@@ -105,6 +101,8 @@ class CharacterSetBuilder {
     void add(char32_t c, bool ignore_case) { add_range(c, c, ignore_case); }
     void add_range(char32_t first, char32_t last, bool ignore_case);
     void add_class(char letter) noexcept;
+    // Adds the members of `other`; of one with a mark for negation, all above kLowEnd.
+    void add_set(const CharacterSet& other);
 
     // The set, or all that is not in it. The builder is empty afterwards.
     CharacterSet finish(bool negated);

@@ -12,6 +12,7 @@
 #include "regexp/failure.h"
 #include "regexp/limits.h"
 #include "regexp/matcher_run.h"
+#include "regexp/start_cursor.h"
 
 namespace qxut::regexp {
 namespace {
@@ -88,6 +89,12 @@ int32_t Backtracker::poll(const char16_t* position, int32_t countdown) {
     return quantum_;
 }
 
+void Backtracker::poll_seeking() const {
+    if (request_.cancel != nullptr && request_.cancel->load(std::memory_order_relaxed))
+        fail_interrupt();
+    if (utTakeInterrupt()) fail_interrupt();
+}
+
 Entry* Backtracker::grow(Entry* top, const char16_t* position) {
     const auto height = static_cast<size_t>(top - scratch_.entries);
     const auto most = [&] {
@@ -138,15 +145,32 @@ void delete_iteration(Iteration* iteration) noexcept { delete iteration; }
 bool search(SearchRequest& request, size_t* extents) {
     const ScratchUse scratch;
     Backtracker backtracker(request, scratch.get());
-    const char16_t* const end = request.text + request.length;
-    for (size_t start = request.start; start <= request.length;) {
-        if (backtracker.attempt(start)) {
-            backtracker.take_extents(extents);
-            return true;
+    const auto found = [&](size_t start) {
+        if (!backtracker.attempt(start)) return false;
+        backtracker.take_extents(extents);
+        return true;
+    };
+    if (request.start > request.length) return false;
+    if (request.anchored) return found(request.start);
+    if (request.starts == nullptr || request.plain) {
+        const char16_t* const end = request.text + request.length;
+        for (size_t start = request.start;;) {
+            if (found(start)) return true;
+            if (start == request.length) return false;
+            start = static_cast<size_t>(behind_character(request.text + start, end) - request.text);
         }
-        if (request.anchored || start == request.length) break;
-        start = static_cast<size_t>(behind_character(request.text + start, end) - request.text);
     }
+    StartCursor own(*request.starts, request.text, request.length);
+    StartCursor& cursor = request.table == nullptr ? own
+                                                   : cursor_in(*request.table, *request.starts,
+                                                               request.text, request.length);
+    const SeekPoll poll{[](void* seeking) { static_cast<Backtracker*>(seeking)->poll_seeking(); },
+                        &backtracker};
+    for (size_t start = cursor.first(request.start, poll); start != kUnset;
+         start = cursor.after_failure(start, poll)) {
+        if (found(start)) return true;
+    }
+    backtracker.note_end();
     return false;
 }
 

@@ -42,6 +42,9 @@ class Backtracker {
         if (countdown_ <= 0) countdown_ = poll(position, countdown_);
     }
 
+    // While starts are sought: throws when the search is to end.
+    void poll_seeking() const;
+
   private:
     // What the main loop keeps in registers; calls out of it get a copy.
     struct State {

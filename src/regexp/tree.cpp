@@ -1,7 +1,8 @@
 // tree.cpp - compiles a pattern and starts its searches.
 //
-// pattern -> parse -> graph -> lower -> program; then the host's preparation of the expressions. A
-// failure on the way destroys what was made so far, prepared expressions included.
+// pattern -> parse -> graph -> lower -> program -> analyse -> starts; then a seeker in front of the
+// graph where a start was found, and the host's preparation of the expressions. A failure on the
+// way destroys what was made so far, prepared expressions included.
 //
 // Entry points: RE_Tree. Tested by tests/regexp/tree_test.cpp.
 #include <qxut/regexp/tree.hpp>
@@ -82,26 +83,33 @@ using namespace qxut::regexp;
 
 // --- what a tree holds -----------------------------------------------------------------------
 
-PreparedFunctions::~PreparedFunctions() {
-    for (void* function : prepared) {
-        if (function != nullptr) context->delete_fcn(function);
-    }
-}
-
 RE_Tree::Parts::Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Context* lender)
-    : context(lender), functions{lender, {}} {
+    : context(lender) {
     ParseOptions options;
     options.flags = flags;
     options.context = lender;
     parse(text, length, options, pattern);
     program = lower(pattern);
+    starts = analyse(program);
+    if (starts.finds_starts()) {
+        std::unique_ptr<RE_Seeker> seeker(require(new RE_Seeker));
+        seeker->next = pattern.first;
+        seeker->index = static_cast<uint32_t>(pattern.nodes.size());
+        pattern.nodes.push_back(std::move(seeker));
+        pattern.first = {pattern.nodes.back().get(), 0, 0};
+    }
     prepare_expressions();
+}
+
+RE_Tree::Parts::~Parts() {
+    for (void* function : functions) {
+        if (function != nullptr) context->delete_fcn(function);
+    }
 }
 
 void RE_Tree::Parts::prepare_expressions() {
     if (pattern.expression_count == 0) return;
-    Vector<void*>& prepared = functions.prepared;
-    prepared.resize(pattern.expression_count);
+    functions.resize(pattern.expression_count);
     Vector<bool> is_prepared(pattern.expression_count);
     Vector<RE_Evaluation_Input> tokens(pattern.token_count);
     for (size_t i = 0; i < tokens.size(); ++i) {
@@ -113,7 +121,7 @@ void RE_Tree::Parts::prepare_expressions() {
         RE_Evaluation_Purpose purpose{};
         const RE_Text* const expression = expression_of(*node, purpose);
         if (expression == nullptr || is_prepared[expression->id]) continue;
-        prepared[expression->id] =
+        functions[expression->id] =
             context->create_fcn(purpose, expression->text, expression->length, inputs);
         is_prepared[expression->id] = true;
     }
@@ -123,11 +131,12 @@ SearchRequest RE_Tree::Parts::request(const char16_t* text, size_t length, size_
                                       const RE_Search_Info* info) const noexcept {
     SearchRequest request;
     request.program = &program;
+    request.starts = &starts;
     request.text = text != nullptr ? text : u"";
     request.length = text != nullptr ? length : 0;
     request.start = is_inside_pair(request.text, request.length, start) ? start + 1 : start;
     request.context = context;
-    request.functions = functions.prepared.data();
+    request.functions = functions.data();
     if (info != nullptr) {
         request.anchored = (info->flags & RE_SEARCH_ANCHORED) != 0;
         request.not_empty = (info->flags & RE_SEARCH_NOT_EMPTY) != 0;
@@ -205,4 +214,6 @@ void RE_Tree::dump() const {
 
 std::string RE_Tree::graph() const { return graph_of(parts_->pattern); }
 
-std::string RE_Tree::analysis() const { return program_text(parts_->program); }
+std::string RE_Tree::analysis() const {
+    return describe(parts_->starts) + program_text(parts_->program);
+}

@@ -6,32 +6,24 @@
 
 #include <qxut/regexp/tree.hpp>
 
+#include "regexp/analysis.h"
 #include "regexp/matcher.h"
 #include "regexp/pattern.h"
 #include "regexp/program.h"
 
-namespace qxut::regexp {
-
-// What the host made of the expressions, by RE_Text::id; given back at the end.
-struct PreparedFunctions {
-    RE_Context* context;
-    Vector<void*> prepared;
-    ~PreparedFunctions();
-};
-
-}  // namespace qxut::regexp
-
-// Made once, then only read. The program points into the pattern.
+// Made once, then only read. The program and the analysis point into the pattern.
 struct RE_Tree::Parts : RE_Memory {
     // Compiles; throws as the constructors of RE_Tree.
     Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Context* lender);
+    ~Parts();
     Parts(const Parts&) = delete;
     Parts& operator=(const Parts&) = delete;
 
     RE_Context* context;  // null: none
     qxut::regexp::Pattern pattern;
     qxut::regexp::Program program;
-    qxut::regexp::PreparedFunctions functions;
+    qxut::regexp::StartSearch starts;
+    qxut::regexp::Vector<void*> functions;  // the prepared expressions, by RE_Text::id
 
     // How many extents a search gives.
     size_t extent_count() const noexcept { return 2 * (pattern.token_count + 1); }

@@ -1,0 +1,323 @@
+// analysis.cpp - chooses how the starts of a program's matches are searched; see analysis.h.
+//
+// Each way is judged by how many places of an average text it would stop at (frequency.h); the one
+// that stops least often is taken. Stopping in vain costs an attempt of the matcher, about as much
+// as a hundred units of wide search.
+//
+// Tested by tests/regexp/analysis_test.cpp and start_cursor_test.cpp.
+#include "regexp/analysis.h"
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <utility>
+
+#include "regexp/failure.h"
+#include "regexp/frequency.h"
+#include "regexp/landmarks.h"
+
+namespace qxut::regexp {
+namespace {
+
+// Of a text's units these begin lines.
+constexpr float kLines = 0.017F;
+// Where more of a text's characters than this, blanks among them, may stand before a landmark, it
+// tells little about where a match starts.
+constexpr float kNearlyAll = 0.85F;
+// How far back a match may start before a landmark, about, when nothing limits it.
+constexpr float kUnlimitedWindow = 10;
+// Below this a search for starts is not worth its call.
+constexpr float kWorthwhile = 0.97F;
+
+bool is_plain(const Vector<UnitVariants>& units) {
+    return std::all_of(units.begin(), units.end(),
+                       [](const UnitVariants& u) { return u.is_one(); });
+}
+
+// Fills in what the searches need, and the estimate.
+void complete(Landmark& landmark) {
+    if (landmark.is_set) {
+        landmark.unit_set = units_of(landmark.set);
+        landmark.frequency = frequency(landmark.set);
+        return;
+    }
+    const Vector<UnitVariants>& units = landmark.units;
+    size_t rarest = 0;
+    size_t second = units.size() > 1 ? 1 : 0;
+    if (frequency(units[second]) < frequency(units[rarest])) std::swap(rarest, second);
+    for (size_t i = 2; i < units.size(); ++i) {
+        if (frequency(units[i]) < frequency(units[rarest])) {
+            second = std::exchange(rarest, i);
+        } else if (frequency(units[i]) < frequency(units[second])) {
+            second = i;
+        }
+    }
+    landmark.rare[0] = rarest;
+    landmark.rare[1] = second;
+    landmark.frequency = frequency(units[rarest]);
+    if (units.size() > 1) landmark.frequency *= frequency(units[second]);
+    if (!is_plain(units)) return;
+    landmark.plain.clear();
+    landmark.plain.reserve(units.size());
+    for (const UnitVariants& unit : units) landmark.plain.push_back(unit.units[0]);
+}
+
+class Chooser {
+  public:
+    Chooser(const Program& program, StartSearch& starts)
+        : program_(program), starts_(starts), distances_(distances(program)) {}
+
+    void run() {
+        starts_.min_length = shortest_match();
+        if (starts_.min_length == Distance::kUnreached) {
+            starts_.way = StartSearch::Way::nowhere;
+            return;
+        }
+        read_anchors();
+        if (starts_.min_length != 0) {
+            if (first_set(program_, starts_.first)) {
+                starts_.has_first = true;
+                if (starts_.first.is_empty()) {
+                    starts_.way = StartSearch::Way::nowhere;
+                    return;
+                }
+                starts_.first_units = units_of(starts_.first);
+            }
+            read_run();
+            landmarks_ = find_landmarks(program_, distances_);
+            for (FoundLandmark& found : landmarks_) {
+                Landmark& landmark = found.landmark;
+                if (starts_.begins_line && landmark.is_at_start() && !landmark.is_set) {
+                    landmark.units.insert(landmark.units.begin(), {{u'\n', u'\n', u'\n', u'\n'}});
+                    landmark.behind = 1;
+                    landmark.has_newline = true;
+                }
+                complete(landmark);
+            }
+        }
+        choose();
+    }
+
+  private:
+    uint32_t shortest_match() const;
+    void read_anchors();
+    void read_run();
+    void read_words();
+    void choose();
+    void consider_landmark(size_t index);
+    void require();
+
+    const Program& program_;
+    StartSearch& starts_;
+    Vector<Distance> distances_;
+    Vector<FoundLandmark> landmarks_;
+    float least_ = 1;
+    size_t taken_ = SIZE_MAX;
+};
+
+uint32_t Chooser::shortest_match() const {
+    uint32_t shortest = Distance::kUnreached;
+    for (uint32_t pc = 0; pc < program_.code.size(); ++pc) {
+        if (program_.code[pc].op == Op::match) shortest = std::min(shortest, distances_[pc].min);
+    }
+    return shortest;
+}
+
+// Tests that come before anything else.
+void Chooser::read_anchors() {
+    uint32_t pc = program_.first;
+    for (;; pc = program_.code[pc].next) {
+        const Op op = program_.code[pc].op;
+        if (op == Op::start_text) starts_.begins_text = true;
+        if (op == Op::start_line) starts_.begins_line = true;
+        const bool is_test = op == Op::start_text || op == Op::start_line || op == Op::start_word ||
+                             op == Op::end_word || op == Op::token_start;
+        if (!is_test || program_.code[pc].next == kNoWay) return;
+    }
+}
+
+// A loop that begins every match can be left, from any start in its run, at places where it could
+// be left from the run's first one too, and what follows does not know where the match started: so
+// no start in the run leads anywhere when the first did not. A maximum that cuts the run off makes
+// later starts reach further, and a match of nothing may be refused at one start and not at
+// another.
+void Chooser::read_run() {
+    uint32_t pc = program_.first;
+    while (program_.code[pc].op == Op::token_start) pc = program_.code[pc].next;
+    const Instruction& in = program_.code[pc];
+    const bool is_loop =
+        in.op == Op::loop_greedy || in.op == Op::loop_lazy || in.op == Op::loop_possessive;
+    if (!is_loop || !program_.records_failures || in.next == kNoWay) return;
+    if (!consumed_before(program_, distances_, pc + 1, starts_.run)) return;
+    starts_.begins_with_run = true;
+    starts_.max_run = program_.loops[in.arg].max;
+}
+
+void Chooser::consider_landmark(size_t index) {
+    FoundLandmark& found = landmarks_[index];
+    Landmark& landmark = found.landmark;
+    const bool is_fixed = landmark.min_before == landmark.max_before;
+    if (landmark.behind != 0 && !is_fixed) return;
+    if (!consumed_before(program_, distances_, found.at, landmark.before)) return;
+    float places = landmark.frequency;
+    const bool keeps_line = starts_.begins_line && !landmark.before.contains(U'\n');
+    const bool follows_run = starts_.begins_with_run && landmark.before == starts_.run;
+    if (!is_fixed && !keeps_line && !follows_run) {
+        if (landmark.max_before == kNoLimit && landmark.before.contains(U' ') &&
+            frequency(landmark.before) > kNearlyAll)
+            return;
+        const float window = std::min(kUnlimitedWindow, static_cast<float>(landmark.max_before));
+        places *= std::max(1.0F, window * frequency(starts_.first));
+    }
+    if (places >= least_) return;
+    least_ = places;
+    taken_ = index;
+    starts_.way = StartSearch::Way::landmark;
+}
+
+void Chooser::choose() {
+    using Way = StartSearch::Way;
+    if (starts_.begins_text) {
+        starts_.way = Way::text_start;
+    } else {
+        least_ = kWorthwhile;
+        if (starts_.begins_line) {
+            least_ = kLines;
+            starts_.way = Way::line_start;
+        }
+        if (starts_.has_first && frequency(starts_.first) < least_) {
+            least_ = frequency(starts_.first);
+            starts_.way = Way::first_set;
+        }
+        for (size_t i = 0; i < landmarks_.size(); ++i) consider_landmark(i);
+        read_words();
+    }
+    if (starts_.way == Way::landmark) starts_.landmark = std::move(landmarks_[taken_].landmark);
+    require();
+}
+
+// Another literal that is rarer than what is stopped at.
+void Chooser::require() {
+    const FoundLandmark* rarest = nullptr;
+    float least = least_;
+    for (size_t i = 0; i < landmarks_.size(); ++i) {
+        const Landmark& landmark = landmarks_[i].landmark;
+        if (starts_.way == StartSearch::Way::landmark && i == taken_) continue;
+        if (landmark.behind != 0 || landmark.frequency >= least) continue;
+        least = landmark.frequency;
+        rarest = &landmarks_[i];
+    }
+    if (rarest != nullptr) starts_.required = rarest->landmark;
+}
+
+// --- several literals -------------------------------------------------------------------------
+
+constexpr size_t kMostWords = 64;
+constexpr size_t kLongestWord = 8;
+
+// The literals that the ways from the beginning begin with; false when there are too many, or one
+// begins with something else.
+bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) {
+    Vector<uint32_t> ahead;
+    ahead.push_back(program.first);
+    size_t steps = 0;
+    while (!ahead.empty()) {
+        uint32_t pc = ahead.back();
+        ahead.pop_back();
+        Vector<UnitVariants> word;
+        for (;;) {
+            if (++steps > 8 * kMostWords) return false;
+            const Instruction& in = program.code[pc];
+            bool ends = false;
+            if (word.size() < kLongestWord &&
+                append_literal(program, in, kLongestWord - word.size(), word, ends)) {
+                if (ends || in.next == kNoWay) break;
+                pc = in.next;
+                continue;
+            }
+            if (word.empty() && (in.op == Op::choice || in.op == Op::split)) {
+                const Choice* const choice =
+                    in.op == Op::choice ? &program.choices[in.arg] : nullptr;
+                const uint32_t count = choice != nullptr ? choice->way_count : 2;
+                if (ahead.size() + words.size() + count > kMostWords) return false;
+                for (uint32_t i = 0; i < count; ++i) {
+                    const uint32_t way = choice != nullptr ? program.targets[choice->ways + i]
+                                         : i == 0          ? in.next
+                                                           : in.alt;
+                    if (way != kNoWay) ahead.push_back(way);
+                }
+                break;
+            }
+            const bool goes_on = in.op == Op::token_start || in.op == Op::token_end ||
+                                 in.op == Op::start_word || in.op == Op::end_word ||
+                                 in.op == Op::atomic || in.op == Op::region_end;
+            if (!goes_on || in.next == kNoWay) {
+                if (word.empty()) return false;
+                break;
+            }
+            pc = in.next;
+        }
+        if (!word.empty()) words.push_back(std::move(word));
+    }
+    return !words.empty();
+}
+
+}  // namespace
+
+void Chooser::read_words() {
+    if (starts_.min_length == 0) return;
+    Vector<Vector<UnitVariants>> words;
+    if (!collect_words(program_, words) || words.size() < 2) return;
+    WordSearch& search = starts_.words;
+    search.shortest = SIZE_MAX;
+    for (const auto& word : words) search.shortest = std::min(search.shortest, word.size());
+    search.width = std::min(search.shortest, WordSearch::kWidest);
+    float places = 0;
+    for (const auto& word : words) {
+        float stops = 1;
+        for (size_t i = 0; i < std::min<size_t>(word.size(), 4); ++i) stops *= frequency(word[i]);
+        places += stops;
+    }
+    if (places >= least_) return;
+
+    // Words alike in their first units share a bucket: its fingerprint stays narrow.
+    std::sort(words.begin(), words.end(), [](const auto& a, const auto& b) {
+        return std::lexicographical_compare(
+            a.begin(), a.end(), b.begin(), b.end(),
+            [](const UnitVariants& u, const UnitVariants& v) { return u.units[0] < v.units[0]; });
+    });
+    for (const auto& word : words)
+        starts_.word_units.insert(starts_.word_units.end(), word.begin(), word.end());
+    starts_.word_list.reserve(words.size());
+    const UnitVariants* units = starts_.word_units.data();
+    for (size_t i = 0; i < words.size(); ++i) {
+        starts_.word_list.push_back({units, words[i].size()});
+        units += words[i].size();
+        const size_t bucket = i * WordSearch::kBuckets / words.size();
+        for (size_t b = bucket; b < WordSearch::kBuckets; ++b) search.bucket_end[b] = i + 1;
+        for (size_t at = 0; at < search.width; ++at) {
+            for (const char16_t unit : words[i][at].units) {
+                const auto bit = static_cast<uint8_t>(1U << bucket);
+                search.low_half[at][unit & 15] |= bit;
+                search.high_half[at][unit >> 4 & 15] |= bit;
+            }
+        }
+    }
+    search.words = starts_.word_list.data();
+    least_ = places;
+    starts_.way = StartSearch::Way::words;
+}
+
+StartSearch* analyze(const Program& program) {
+    static std::atomic<uint64_t> last_identity{0};
+    std::unique_ptr<StartSearch> starts(require(new StartSearch));
+    starts->identity = last_identity.fetch_add(1, std::memory_order_relaxed) + 1;
+    if (program.first == kNoWay) {
+        starts->way = StartSearch::Way::nowhere;
+    } else {
+        Chooser(program, *starts).run();
+    }
+    return starts.release();
+}
+
+}  // namespace qxut::regexp

@@ -1,0 +1,65 @@
+// frequency.cpp - see frequency.h.
+#include "regexp/frequency.h"
+
+#include <algorithm>
+
+namespace qxut::regexp {
+namespace {
+
+// Units of 1/4096, by ASCII character from the blank on.
+constexpr uint16_t kPrintable[] = {
+    //    !   "   #   $   %   &   '   (   )   *   +   ,   -   .   /
+    600, 4, 24, 2, 2, 2, 2, 16, 6, 6, 3, 2, 48, 24, 48, 12,
+    // 0  1   2   3   4   5   6   7   8   9   :   ;   <   =   >   ?
+    40, 40, 40, 24, 24, 24, 20, 20, 20, 20, 24, 6, 3, 12, 3, 6,
+    // @ A   B   C   D   E   F   G   H   I   J   K   L   M   N   O
+    2, 14, 10, 12, 9, 12, 8, 8, 12, 20, 4, 3, 9, 12, 11, 9,
+    // P Q   R   S   T   U   V   W   X   Y   Z   [   \   ]   ^   _
+    9, 1, 10, 14, 18, 5, 3, 10, 1, 4, 1, 3, 1, 3, 1, 8,
+    // ` a   b   c   d   e   f   g   h   i   j   k   l   m   n   o
+    1, 240, 48, 90, 124, 380, 66, 62, 170, 215, 4, 26, 128, 80, 210, 226,
+    // p q   r   s   t   u   v   w   x   y   z   {   |   }   ~
+    64, 3, 190, 196, 280, 92, 30, 62, 6, 60, 3, 2, 2, 2, 1, 1};
+static_assert(std::size(kPrintable) == 0x60);
+
+constexpr unsigned of_unit(char16_t unit) {
+    if (unit >= 0x80) {
+        if (unit >= 0x0430 && unit <= 0x044F) return 90;  // Cyrillic, lower case
+        return unit >= 0x0410 && unit < 0x0430 ? 6 : 4;
+    }
+    if (unit >= 0x20) return kPrintable[unit - 0x20];
+    return unit == u'\n' ? 70 : 2;
+}
+
+constexpr float kAll = 4096;
+// Of a set that reaches beyond U+00FF by classes of characters, or by many of them.
+constexpr unsigned kOtherCharacters = 400;
+
+}  // namespace
+
+float frequency(char16_t unit) noexcept { return static_cast<float>(of_unit(unit)) / kAll; }
+
+float frequency(const UnitVariants& variants) noexcept {
+    float sum = 0;
+    for (int i = 0; i < 4; ++i) {
+        const char16_t* const end = variants.units + i;
+        if (std::find(variants.units, end, *end) == end) sum += frequency(*end);
+    }
+    return sum;
+}
+
+float frequency(const CharacterSet& set) noexcept {
+    unsigned sum = 0;
+    for (char32_t c = 0; c < CharacterSet::kLowEnd; ++c) {
+        if (set.contains(c)) sum += of_unit(static_cast<char16_t>(c));
+    }
+    if (set.is_negated() || set.classes() != 0) {
+        sum += kOtherCharacters;
+    } else {
+        for (const CharacterSet::Range& range : set.ranges())
+            sum += std::min<unsigned>(kOtherCharacters, 4 * (range.last - range.first + 1));
+    }
+    return std::min(1.0F, static_cast<float>(sum) / kAll);
+}
+
+}  // namespace qxut::regexp

@@ -1,0 +1,267 @@
+// start_cursor.cpp - runs the way to find starts that the analysis chose; see start_cursor.h.
+//
+// Landmarks. Let q be the first place of the landmark where a match that starts at `from` or later
+// can have it, and let the window of q be the positions from which only characters lead to q that
+// may stand before the landmark, and no more of them than may be. A match that starts before the
+// window, but not before `from`, has its landmark at some later place; then the character in front
+// of the window, or q's distance, stands between it and that place as well, which cannot be. So the
+// window holds the first starts there are; when they are done with, the next place is looked for.
+// Windows do not reach below `from`, so going back costs no more than going ahead did.
+//
+// Runs. See Chooser::read_run for why a failure may step over the rest of a run.
+//
+// Tested by tests/regexp/start_cursor_test.cpp, against trying every position.
+#include "regexp/start_cursor.h"
+
+#include <algorithm>
+
+namespace qxut::regexp {
+namespace {
+
+constexpr size_t kPieceUnits = 32 * 1024;  // 64 KiB
+// Looked at one by one before a wide search is begun.
+constexpr size_t kNearUnits = 8;
+
+constexpr bool is_lead(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+constexpr bool is_trail(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+}  // namespace
+
+bool StartCursor::is_inside_pair(size_t p) const noexcept {
+    return p < length_ && is_trail(text_[p]) && p > 0 && is_lead(text_[p - 1]);
+}
+
+// p is below the length.
+char32_t StartCursor::character_at(size_t p) const noexcept {
+    const char32_t unit = text_[p];
+    if (is_lead(text_[p]) && p + 1 < length_ && is_trail(text_[p + 1]))
+        return ((unit - 0xD800) << 10) + (char32_t{text_[p + 1]} - 0xDC00) + 0x10000;
+    return unit;
+}
+
+size_t StartCursor::after(size_t p) const noexcept {
+    return p + (is_lead(text_[p]) && p + 1 < length_ && is_trail(text_[p + 1]) ? 2 : 1);
+}
+
+// p is above 0.
+size_t StartCursor::before(size_t p) const noexcept {
+    return is_inside_pair(p - 1) ? p - 2 : p - 1;
+}
+
+bool StartCursor::may_begin(size_t p) const noexcept {
+    return !starts_->has_first || (p < length_ && starts_->first.contains(character_at(p)));
+}
+
+void StartCursor::passed(size_t units, const SeekPoll& poll) {
+    since_poll_ += units;
+    if (since_poll_ < kPieceUnits) return;
+    since_poll_ = 0;
+    if (poll.call != nullptr) poll.call(poll.argument);
+}
+
+// Searches [from, end) piece by piece; kUnset when nothing is found. search(begin, end) gives a
+// place or `end`.
+template <class Search>
+size_t StartCursor::in_pieces(size_t from, size_t end, const SeekPoll& poll, Search search) {
+    while (from < end) {
+        const size_t stop = std::min(end, from + (kPieceUnits - since_poll_));
+        const size_t found = search(from, stop);
+        passed(found - from, poll);
+        if (found < stop) return found;
+        from = stop;
+    }
+    return kUnset;
+}
+
+size_t StartCursor::find(const Landmark& landmark, size_t from, const SeekPoll& poll) {
+    if (length_ < landmark.length()) return kUnset;
+    const size_t end = length_ - landmark.length() + 1;
+    if (!landmark.is_set) {
+        const LiteralSearch literal = landmark.literal();
+        return in_pieces(from, end, poll, [&](size_t begin, size_t stop) {
+            return find_literal(text_, begin, stop, literal);
+        });
+    }
+    for (;;) {
+        const size_t found = in_pieces(from, end, poll, [&](size_t begin, size_t stop) {
+            return find_in_set(text_, begin, stop, landmark.unit_set);
+        });
+        if (found == kUnset) return kUnset;
+        if (!is_inside_pair(found) && landmark.set.contains(character_at(found))) return found;
+        from = found + 1;
+    }
+}
+
+bool StartCursor::is_required_ahead(size_t from, const SeekPoll& poll) {
+    const Landmark& required = starts_->required;
+    const size_t least = from + required.min_before;
+    const bool is_known = required_from_ != kUnset && least >= required_from_ &&
+                          (required_at_ == kUnset || least <= required_at_);
+    if (!is_known) {
+        const size_t found = least < length_ ? find(required, least, poll) : kUnset;
+        required_from_ = least;
+        required_at_ = found;
+    }
+    return required_at_ != kUnset;
+}
+
+size_t StartCursor::first_line_start(size_t from, const SeekPoll& poll) {
+    static constexpr char16_t kNewline = u'\n';
+    static constexpr UnitVariants kNewlineVariants{{kNewline, kNewline, kNewline, kNewline}};
+    static constexpr LiteralSearch kNewlineSearch{&kNewlineVariants, 1, {0, 0}, &kNewline};
+    if (is_line_start(from) && may_begin(from)) return from;
+    for (;;) {
+        const size_t newline = in_pieces(from, length_, poll, [&](size_t begin, size_t stop) {
+            return find_literal(text_, begin, stop, kNewlineSearch);
+        });
+        if (newline == kUnset) return kUnset;
+        from = newline + 1;
+        if (may_begin(from)) return from;
+    }
+}
+
+size_t StartCursor::first_member(size_t from, const SeekPoll& poll) {
+    // Where matches stand close together the next start is near.
+    for (const size_t near = from + kNearUnits; from < near; from = after(from)) {
+        if (from >= length_) return kUnset;
+        if (starts_->first.contains(character_at(from))) return from;
+    }
+    for (;; ++from) {
+        if (from >= length_) return kUnset;
+        from = in_pieces(from, length_, poll, [&](size_t begin, size_t stop) {
+            return find_in_set(text_, begin, stop, starts_->first_units);
+        });
+        if (from == kUnset) return kUnset;
+        if (!is_inside_pair(from) && starts_->first.contains(character_at(from))) return from;
+    }
+}
+
+size_t StartCursor::first_word(size_t from, const SeekPoll& poll) {
+    const WordSearch& words = starts_->words;
+    if (length_ < words.shortest) return kUnset;
+    const size_t end = length_ - words.shortest + 1;
+    for (;;) {
+        const size_t found = in_pieces(from, end, poll, [&](size_t begin, size_t stop) {
+            return find_word(text_, begin, stop, length_, words);
+        });
+        if (found == kUnset || !is_inside_pair(found)) return found;
+        from = found + 1;
+    }
+}
+
+// A start in the window, not below `from`; kUnset: none.
+size_t StartCursor::first_in(const Window& window, size_t from) const noexcept {
+    size_t p = std::max(from, window.begin);
+    while (p <= window.end) {
+        if ((!starts_->begins_line || is_line_start(p)) && may_begin(p)) return p;
+        if (p == length_) return kUnset;
+        p = after(p);
+    }
+    return kUnset;
+}
+
+// The starts, not below `from`, that the landmark at `at` allows; false: none.
+bool StartCursor::find_window(size_t from, size_t at, Window& window, const SeekPoll& poll) {
+    const Landmark& landmark = starts_->landmark;
+    size_t begin = at + landmark.behind;
+    if (is_inside_pair(at) || is_inside_pair(begin)) return false;
+    size_t end = landmark.min_before == 0 ? begin : kUnset;
+    uint32_t count = 0;
+    while (begin > from && count < landmark.max_before) {
+        const size_t previous = before(begin);
+        if (previous < from || !landmark.before.contains(character_at(previous))) break;
+        begin = previous;
+        if (++count == landmark.min_before) end = begin;
+        if (count % kPieceUnits == 0) passed(kPieceUnits, poll);
+    }
+    if (end == kUnset) return false;
+    window = {from, begin, end, at};
+    return true;
+}
+
+// Where matches begin with the landmark.
+size_t StartCursor::first_at_landmark(size_t from, const SeekPoll& poll) {
+    for (;; ++from) {
+        from = find(starts_->landmark, from, poll);
+        if (from == kUnset) return kUnset;
+        if (!is_inside_pair(from) && (!starts_->begins_line || is_line_start(from))) return from;
+    }
+}
+
+size_t StartCursor::first_before_landmark(size_t from, const SeekPoll& poll) {
+    const Landmark& landmark = starts_->landmark;
+    // A start of the text has no newline before it.
+    if (landmark.has_newline && from == 0 && may_begin(0)) return 0;
+    Window window = window_;
+    size_t next = 0;  // no landmark before it is of use
+    if (window.from != kUnset && from >= window.from) {
+        if (from <= window.end) {
+            const size_t found = first_in(window, from);
+            if (found != kUnset) return found;
+            if (window.end == length_) return kUnset;
+            from = after(window.end);
+        }
+        next = window.landmark + 1;
+    }
+    window_.from = kUnset;
+    for (;; ++next) {
+        const size_t ahead = from + landmark.min_before;
+        const size_t least = ahead > landmark.behind ? ahead - landmark.behind : 0;
+        next = find(landmark, std::max(least, next), poll);
+        if (next == kUnset) return kUnset;
+        if (!find_window(from, next, window, poll)) continue;
+        const size_t found = first_in(window, from);
+        if (found != kUnset) {
+            window_ = window;
+            return found;
+        }
+        if (window.end == length_) return kUnset;
+        from = after(window.end);
+    }
+}
+
+size_t StartCursor::first(size_t from, const SeekPoll& poll) {
+    using Way = StartSearch::Way;
+    if (from > length_ || length_ - from < starts_->min_length) return kUnset;
+    if (starts_->required.exists && !is_required_ahead(from, poll)) return kUnset;
+    switch (starts_->way) {
+        case Way::everywhere:
+            return from;
+        case Way::nowhere:
+            return kUnset;
+        case Way::text_start:
+            return from == 0 ? 0 : kUnset;
+        case Way::line_start:
+            return first_line_start(from, poll);
+        case Way::landmark:
+            return starts_->landmark.is_at_start() ? first_at_landmark(from, poll)
+                                                   : first_before_landmark(from, poll);
+        case Way::words:
+            return first_word(from, poll);
+        case Way::first_set:
+            return first_member(from, poll);
+    }
+    return from;
+}
+
+size_t StartCursor::after_failure(size_t p, const SeekPoll& poll) {
+    if (p >= length_) return kUnset;
+    if (!starts_->begins_with_run) return first(after(p), poll);
+    if (p < run_begin_ || p >= run_end_) {
+        size_t end = p;
+        size_t since = p;
+        while (end < length_ && starts_->run.contains(character_at(end))) {
+            end = after(end);
+            if (end - since < kPieceUnits) continue;
+            passed(end - since, poll);
+            since = end;
+        }
+        run_begin_ = p;
+        run_end_ = end;
+    }
+    if (starts_->max_run != kNoLimit && run_end_ - p > starts_->max_run)
+        return first(after(p), poll);
+    return run_end_ < length_ ? first(after(run_end_), poll) : kUnset;
+}
+
+}  // namespace qxut::regexp
