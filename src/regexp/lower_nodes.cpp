@@ -24,7 +24,7 @@ struct PendingLink {
     const RE_Link* link;
 };
 
-// The steps of a link's marks, by the link's end and what it leaves.
+// The marks of a link that are still to be made, by the link's end and the scope before them.
 struct MarkKey {
     uint32_t node;
     uint32_t leaves;
@@ -32,10 +32,10 @@ struct MarkKey {
     uint32_t scope;
     auto operator<=>(const MarkKey&) const = default;
 };
-struct MarkSteps {
-    uint32_t first;
-    uint32_t last;
-    uint32_t scope;  // behind them
+struct PendingMark {
+    uint32_t step;  // leads to the rest
+    MarkKey rest;
+    const RE_Node* node;
 };
 
 class NodeLowering {
@@ -51,7 +51,7 @@ class NodeLowering {
     uint32_t lower(const RE_Node& node, uint32_t scope);
     void follow(uint32_t step, Way way, const RE_Link& link, uint32_t scope);
     uint32_t resolve(const RE_Link& link, uint32_t scope);
-    MarkSteps mark_steps(const RE_Link& link, uint32_t scope);
+    uint32_t mark_step(const MarkKey& key, const RE_Node& node);
     uint32_t region_around(uint32_t scope) const;
     void end_region(Step& step, uint32_t scope);
     uint32_t add_region();
@@ -70,8 +70,8 @@ class NodeLowering {
     Program& program_;
     Vector<uint32_t> step_of_;  // of each node
     Vector<PendingLink> pending_;
-    std::map<MarkKey, MarkSteps, std::less<>, Allocator<std::pair<const MarkKey, MarkSteps>>>
-        marks_;
+    Vector<PendingMark> pending_marks_;
+    std::map<MarkKey, uint32_t, std::less<>, Allocator<std::pair<const MarkKey, uint32_t>>> marks_;
     std::map<Vector<uint32_t>, uint32_t, std::less<>,
              Allocator<std::pair<const Vector<uint32_t>, uint32_t>>>
         references_;
@@ -95,45 +95,47 @@ void NodeLowering::end_region(Step& step, uint32_t scope) {
     step.arg = lowering_.scopes[region_around(scope)].arg;
 }
 
-MarkSteps NodeLowering::mark_steps(const RE_Link& link, uint32_t scope) {
-    const MarkKey key{link.node->index, link.leaves, link.enters, scope};
+// The step of one mark, which leads to those of the others. Regions are left first. Whatever links
+// enter a region in front of a node enter the same one.
+uint32_t NodeLowering::mark_step(const MarkKey& key, const RE_Node& node) {
     const auto found = marks_.find(key);
     if (found != marks_.end()) return found->second;
-    MarkSteps made{kNoWay, kNoWay, scope};
-    const auto append = [&](const Step& step) {
-        const uint32_t number = lowering_.add_step(step);
-        if (made.last == kNoWay) {
-            made.first = number;
-        } else {
-            lowering_.steps[made.last].next = number;
-        }
-        made.last = number;
-    };
-    for (uint32_t i = 0; i < link.leaves; ++i) {
-        Step step;
-        end_region(step, made.scope);
-        append(step);
-        made.scope = lowering_.scopes[region_around(made.scope)].parent;
-    }
-    for (uint32_t i = 0; i < link.enters; ++i) {
-        Step step;
+    Step step;
+    if (key.leaves != 0) {
+        end_region(step, key.scope);
+    } else {
         step.op = Op::atomic;
-        step.scope = made.scope;
+        step.scope = key.scope;
         step.arg = add_region();
-        append(step);
-        made.scope = lowering_.add_scope(Scope::Kind::region, made.scope, step.arg);
     }
-    marks_.emplace(key, made);
-    return made;
+    const uint32_t number = lowering_.add_step(step);
+    marks_.emplace(key, number);
+    MarkKey rest = key;
+    if (key.leaves != 0) {
+        --rest.leaves;
+        rest.scope = lowering_.scopes[region_around(key.scope)].parent;
+    } else {
+        --rest.enters;
+        rest.scope = lowering_.add_scope(Scope::Kind::region, key.scope, step.arg);
+    }
+    pending_marks_.push_back({number, rest, &node});
+    return number;
 }
 
+// Where a link with its marks leads.
 uint32_t NodeLowering::resolve(const RE_Link& link, uint32_t scope) {
     if (link.node == nullptr) return kNoWay;
-    if (link.leaves == 0 && link.enters == 0) return lower(*link.node, scope);
-    const MarkSteps marks = mark_steps(link, scope);
-    const uint32_t target = lower(*link.node, marks.scope);
-    lowering_.steps[marks.last].next = target;
-    return marks.first;
+    const auto target = [&](const MarkKey& key, const RE_Node& node) {
+        return key.leaves == 0 && key.enters == 0 ? lower(node, key.scope) : mark_step(key, node);
+    };
+    const uint32_t first = target({link.node->index, link.leaves, link.enters, scope}, *link.node);
+    while (!pending_marks_.empty()) {
+        const PendingMark mark = pending_marks_.back();
+        pending_marks_.pop_back();
+        const uint32_t next = target(mark.rest, *mark.node);
+        lowering_.steps[mark.step].next = next;
+    }
+    return first;
 }
 
 void NodeLowering::follow(uint32_t step, Way way, const RE_Link& link, uint32_t scope) {

@@ -51,6 +51,7 @@ Backtracker::Backtracker(SearchRequest& request, Scratch& scratch)
     scratch.frames.clear();
     scratch.frames.push_back({program_, 0, kNoWay, 0, 0});
     use_frame(0);
+    is_recording_ = allows_records_ && request.records_at_once;
 }
 
 Backtracker::~Backtracker() {

@@ -33,6 +33,7 @@ struct SearchRequest {
     bool anchored = false;
     bool not_empty = false;        // an empty match is none
     bool plain = false;            // no recording, no fast paths, no search for starts
+    bool records_at_once = false;  // failures are recorded from the first step on; for tests
     size_t not_empty_at = kUnset;  // an empty match at this position is none
     RE_Limits limits;              // as the caller gave them; resolve_limits puts the defaults in
     const std::atomic<bool>* cancel = nullptr;
