@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """qxconv_test.py PROGRAM: what qxconv writes, says and leaves behind, by exit status."""
 import os
+import pty
+import re
 import resource
+import signal
 import stat
 import subprocess
 import sys
@@ -49,6 +52,18 @@ class Qxconv(unittest.TestCase):
         self.assertEqual(self.contents(out).decode(), TEXT + TEXT)
         self.assertEqual(sorted(os.listdir(self.folder.name)), ["first", "out", "second"])
 
+    def test_what_begins_a_text_stands_once(self):
+        empty = self.path("empty", b"")
+        first = self.path("first", "a水".encode())
+        second = self.path("second", "名".encode("utf-16"))
+        out = self.path("out")
+        for encoding in ("UTF-16", "UTF-32", "UTF-8", "Shift_JIS"):
+            self.run_tool("-t", encoding, "-o", out, empty, first, empty, second)
+            self.assertEqual(self.contents(out), "a水名".encode(encoding), encoding)
+        self.run_tool("-f", "UTF-8", "-t", "ISO-2022-KR", "-o", out, first, empty, first)
+        self.assertEqual(self.contents(out).count(b"\x1b$)C"), 1)
+        self.assertEqual(self.contents(out).decode("iso2022_kr"), "a水a水")
+
     def test_replaces_its_own_input(self):
         path = self.path("data", TEXT.encode("shift_jis"))
         os.chmod(path, 0o640)
@@ -84,6 +99,44 @@ class Qxconv(unittest.TestCase):
         self.assertEqual(self.contents(out), b"old")
         self.assertEqual(sorted(os.listdir(self.folder.name)), ["bad", "out"])
         self.run_tool("-t", "UTF-8", "-o", self.path("none/out"), bad, status=3)
+
+    def test_interrupt(self):
+        out = self.path("out", b"old")
+        command = [PROGRAM, "-f", "UTF-8", "-t", "UTF-16", "-o", out]
+        with subprocess.Popen(command, stdin=subprocess.PIPE, stderr=subprocess.PIPE) as running:
+            # More than a pipe holds: the program is at work.
+            running.stdin.write(b"x" * 1000000)
+            running.stdin.flush()
+            running.send_signal(signal.SIGINT)
+            said = running.communicate(timeout=60)[1]
+        self.assertEqual(running.returncode, 3, said)
+        self.assertIn(b"interrupted", said)
+        self.assertEqual(self.contents(out), b"old")
+        self.assertEqual(os.listdir(self.folder.name), ["out"])
+
+    def test_progress_on_a_terminal(self):
+        long = self.path("long", b"x" * (9 << 20))
+        short = self.path("short", b"x" * (7 << 20))
+        out = self.path("out")
+        for source, shows in ((long, True), (short, False)):
+            primary, secondary = pty.openpty()
+            subprocess.run([PROGRAM, "-f", "UTF-8", "-t", "UTF-16", "-o", out, source], stderr=secondary, check=True)
+            os.close(secondary)
+            said = b""
+            try:
+                while part := os.read(primary, 65536):
+                    said += part
+            except OSError:  # the end of a terminal
+                pass
+            os.close(primary)
+            if shows:
+                told = [int(n) for n in re.findall(rb"\rlong: (\d+) %", said.replace(long.encode(), b"long"))]
+                self.assertEqual(told, sorted(set(told)))
+                self.assertEqual(told[-1], 100)
+                self.assertTrue(said.endswith(b"\r\x1b[K"))
+            else:
+                self.assertEqual(said, b"")
+        self.assertEqual(self.run_tool("-f", "UTF-8", "-t", "UTF-16", "-o", out, long).stderr, b"")
 
     def test_full_device(self):
         source = self.path("source", b"x" * 300000)

@@ -5,19 +5,21 @@
 //
 // The files, or standard input (also "-"), are converted one after the other to OUT or standard
 // output, piece by piece in memory of a fixed size. Without -f each file's encoding is recognised
-// by its first bytes, and a byte-order mark is dropped. OUT appears only when all went well.
+// by its first bytes, and a byte-order mark is dropped. What the target encoding begins a text with
+// stands once, in front of all. OUT appears only when all went well.
 //
 // Exit status: 0; 1 something was substituted or escaped, everything is written; 2 stopped at what
 // cannot be converted (--invalid=stop); 3 a file could not be read, recognised or written, or the
 // user interrupted; 4 wrong usage or an encoding that is not known. From 2 on OUT is untouched.
 //
 // Tested by tests/tools/qxconv_test.py.
+#include <signal.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cinttypes>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -25,6 +27,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <qxut/util/interrupt.h>
@@ -53,6 +56,10 @@ struct Options {
 
 extern "C" void on_interrupt(int) { utSetInterruptPending(true); }
 
+void stop_when_interrupted() {
+    if (utTakeInterrupt()) throw std::runtime_error("interrupted");
+}
+
 // An input and the block of it that is being converted.
 class Input {
   public:
@@ -75,7 +82,10 @@ class Input {
     void read() {
         next_ = block_.data();
         size_ = std::fread(block_.data(), 1, block_.size(), file_);
-        if (std::ferror(file_) != 0) fail();
+        if (std::ferror(file_) != 0) {
+            stop_when_interrupted();
+            fail();
+        }
         is_last_ = size_ < block_.size();
     }
     void take(size_t count) {
@@ -151,6 +161,16 @@ void report_stop(const Input& input, const ConversionStream& stream, uint64_t sk
     }
 }
 
+// How many bytes an encoding begins a text with: a byte-order mark, a designation.
+size_t opening_size(const std::string& encoding) {
+    const auto size_of = [&](std::string_view text) {
+        ConversionStream stream("UTF-8", encoding.c_str());
+        char bytes[64];
+        return stream.convert(text.data(), text.size(), true, bytes, sizeof bytes).written;
+    };
+    return 2 * size_of("a") - size_of("aa");
+}
+
 Outcome convert(const std::string& name, const Options& options, qxconv::OutputFile& output) {
     Input input(name);
     const size_t before = input.size();
@@ -159,13 +179,16 @@ Outcome convert(const std::string& name, const Options& options, qxconv::OutputF
     ConversionStream stream(from.c_str(), options.to.c_str(), options.policy);
     Progress progress(input);
     std::vector<char> converted(size_t{128} * 1024);
+    size_t opening = output.is_empty() ? 0 : opening_size(options.to);
     for (Status status = Status::more_source; status != Status::finished;) {
-        if (utTakeInterrupt()) throw std::runtime_error("interrupted");
+        stop_when_interrupted();
         if (input.size() == 0 && !input.is_last()) input.read();
         const ConversionStream::Step step = stream.convert(
             input.next(), input.size(), input.is_last(), converted.data(), converted.size());
         input.take(step.read);
-        output.write(converted.data(), step.written);
+        const size_t dropped = std::min(opening, step.written);
+        opening -= dropped;
+        output.write(converted.data() + dropped, step.written - dropped);
         status = step.status;
         if (status == Status::stopped) {
             report_stop(input, stream, skipped);
@@ -198,6 +221,7 @@ Outcome run(const Options& options) {
         if (outcome == kStopped) return outcome;
         worst = std::max(worst, outcome);
     }
+    stop_when_interrupted();
     output.commit();
     return worst;
 }
@@ -228,7 +252,10 @@ int start(int argc, char** argv) {
         return app.exit(problem) == 0 ? kConverted : kMisused;
     }
     if (options.files.empty()) options.files.emplace_back("-");
-    std::signal(SIGINT, on_interrupt);
+    // Without SA_RESTART: a read that waits for more ends, too.
+    struct sigaction action {};
+    action.sa_handler = on_interrupt;
+    sigaction(SIGINT, &action, nullptr);
     return run(options);
 }
 

@@ -49,6 +49,7 @@ void OutputFile::fail(const char* what) const {
 
 void OutputFile::write(const char* bytes, size_t size) {
     if (std::fwrite(bytes, 1, size, file_) != size) fail("cannot be written");
+    is_empty_ = is_empty_ && size == 0;
 }
 
 void OutputFile::commit() {

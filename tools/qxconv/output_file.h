@@ -23,6 +23,7 @@ class OutputFile {
 
     void write(const char* bytes, size_t size);
     void commit();
+    bool is_empty() const { return is_empty_; }  // nothing was written
 
   private:
     [[noreturn]] void fail(const char* what) const;
@@ -30,6 +31,7 @@ class OutputFile {
     std::filesystem::path path_;
     std::filesystem::path temporary_;  // empty: there is none
     std::FILE* file_ = nullptr;
+    bool is_empty_ = true;
 };
 
 }  // namespace qxconv
