@@ -105,20 +105,28 @@ struct RE_Maker {
             a = b;
             return;
         }
-        const bool wraps_a = needs_group_beside(a) || (a.ends_in_code_ && begins_as_digit(b));
         const bool wraps_b = needs_group_beside(b) || begins_as_quantifier(b);
         const std::string_view open = wraps_b ? "(?:" : "";
         const std::string_view close = wraps_b ? ")" : "";
-        const bool ends_in_code = b.ends_in_code_ && !wraps_b;
-        if (wraps_a || &a == &b) {
-            const std::string_view text = view(a);
-            a = wraps_a ? make(Shape::sequence, {"(?:", text, ")", open, view(b), close})
-                        : make(Shape::sequence, {text, open, view(b), close});
+        const size_t code_length = wraps_b ? 0 : b.code_length_;
+        // Of `a` as little as possible is wrapped: a group takes its tokens away.
+        size_t kept = a.text_.length();
+        if (needs_group_beside(a)) {
+            kept = 0;
+        } else if (a.code_length_ != 0 && begins_as_digit(b)) {
+            kept -= a.code_length_;
+        }
+        const std::string_view text = view(a);
+        if (kept != text.size()) {
+            a = make(Shape::sequence,
+                     {text.substr(0, kept), "(?:", text.substr(kept), ")", open, view(b), close});
+        } else if (&a == &b) {
+            a = make(Shape::sequence, {text, open, text, close});
         } else {
             append(a.text_, {open, view(b), close});
             a.shape_ = Shape::sequence;
         }
-        a.ends_in_code_ = ends_in_code;
+        a.code_length_ = code_length;
     }
 
     static RE_Builder group(std::string_view opener, const RE_Builder& b, Shape shape) {
@@ -263,7 +271,7 @@ RE_Builder::RE_Builder(const char* pattern) {
     const auto found = qxut::regexp::shape_of(wide.units(), wide.length());
     text_.append(text.data(), text.size());
     shape_ = found.shape;
-    ends_in_code_ = found.ends_in_code;
+    code_length_ = found.code_length;
 }
 
 RE_Builder& RE_Builder::operator+=(const RE_Builder& other) {

@@ -26,7 +26,7 @@ class Scan {
     PieceShape run() {
         bool has_bar = false;
         while (position_ < text_.size()) {
-            ends_in_code_ = false;
+            code_length_ = 0;
             switch (text_[position_]) {
                 case u'|':
                     has_bar = true;
@@ -47,7 +47,7 @@ class Scan {
         if (text_.empty()) shape = Shape::empty;
         if (atoms_ == 1 && is_simple_) shape = Shape::atom;
         if (has_bar) shape = Shape::alternatives;
-        return {shape, ends_in_code_};
+        return {shape, code_length_};
     }
 
   private:
@@ -77,6 +77,7 @@ class Scan {
     }
 
     void skip_escape() {
+        const size_t begin = position_;
         const char16_t letter = at(++position_);
         if (position_ == text_.size()) {  // literal, but not where something follows
             is_simple_ = false;
@@ -87,18 +88,18 @@ class Scan {
             if (at(position_) == u'{') {
                 skip_past(u'}');
             } else {
-                skip_digits(letter == u'x' ? is_hex : is_octal);
+                skip_digits(begin, letter == u'x' ? is_hex : is_octal);
             }
         } else if (letter == u'k') {
             if (at(position_) == u'<') skip_past(u'>');
         } else if (is_digit(letter)) {
-            skip_digits(is_digit);
+            skip_digits(begin, is_digit);
         }
     }
 
-    void skip_digits(bool (*is_wanted)(char16_t)) {
+    void skip_digits(size_t begin, bool (*is_wanted)(char16_t)) {
         while (is_wanted(at(position_))) ++position_;
-        ends_in_code_ = position_ == text_.size();
+        if (position_ == text_.size()) code_length_ = position_ - begin;
         // How many digits belong to it depends on the escape and on the pattern's tokens.
         is_simple_ = false;
     }
@@ -165,7 +166,7 @@ class Scan {
     size_t position_ = 0;
     size_t atoms_ = 0;
     bool is_simple_ = true;
-    bool ends_in_code_ = false;
+    size_t code_length_ = 0;
 };
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace qxut::regexp {
 
 struct PieceShape {
     RE_Builder_Space::RE_Builder::Shape shape;
-    bool ends_in_code;  // in the digits of an escape, which further digits would continue
+    size_t code_length;  // units of the escape in whose digits it ends, which others would continue
 };
 
 // Reads UTF-16. Only what is surely one atom is called one: anything else may stand in a group.

@@ -14,12 +14,13 @@
 
 using namespace qxut::regexp;
 
-RE_Results* RE_Results::Search::results(const RE_Tree::Parts& tree, const SearchRequest& request,
-                                        const size_t* found, NarrowText&& narrow, bool is_narrow) {
+RE_Results* RE_Results::Search::results(const RE_Tree::Parts& parts, const SearchRequest& as_run,
+                                        const size_t* found, NarrowText&& text,
+                                        bool is_narrow_text) {
     std::unique_ptr<Search> search(
-        require(new Search(tree, request, found, std::move(narrow), is_narrow)));
+        require(new Search(parts, as_run, found, std::move(text), is_narrow_text)));
     auto* const results = require(new RE_Results(search.get()));
-    search.release();
+    static_cast<void>(search.release());
     return results;
 }
 

@@ -12,12 +12,12 @@
 
 struct RE_Results::Search : RE_Memory {
     // The results of a search that has found `found`. Throws std::bad_alloc.
-    static RE_Results* results(const RE_Tree::Parts& tree,
-                               const qxut::regexp::SearchRequest& request, const size_t* found,
-                               qxut::regexp::NarrowText&& narrow, bool is_narrow);
+    static RE_Results* results(const RE_Tree::Parts& parts,
+                               const qxut::regexp::SearchRequest& as_run, const size_t* found,
+                               qxut::regexp::NarrowText&& text, bool is_narrow_text);
 
-    Search(const RE_Tree::Parts& tree, const qxut::regexp::SearchRequest& request,
-           const size_t* found, qxut::regexp::NarrowText&& narrow, bool is_narrow);
+    Search(const RE_Tree::Parts& parts, const qxut::regexp::SearchRequest& as_run,
+           const size_t* found, qxut::regexp::NarrowText&& text, bool is_narrow_text);
 
     // Takes the extents over into the tokens.
     void publish() noexcept;

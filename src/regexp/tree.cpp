@@ -83,33 +83,37 @@ using namespace qxut::regexp;
 
 // --- what a tree holds -----------------------------------------------------------------------
 
+PreparedFunctions::~PreparedFunctions() {
+    for (void* function : prepared) {
+        if (function != nullptr) context->delete_fcn(function);
+    }
+}
+
 RE_Tree::Parts::Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Context* lender)
-    : context(lender) {
+    : context(lender), functions{lender, {}} {
     ParseOptions options;
     options.flags = flags;
     options.context = lender;
     parse(text, length, options, pattern);
     program = lower(pattern);
-    starts = analyse(program);
-    if (starts.finds_starts()) {
-        std::unique_ptr<RE_Seeker> seeker(require(new RE_Seeker));
-        seeker->next = pattern.first;
-        seeker->index = static_cast<uint32_t>(pattern.nodes.size());
-        pattern.nodes.push_back(std::move(seeker));
-        pattern.first = {pattern.nodes.back().get(), 0, 0};
-    }
+    starts.reset(analyze(program));
+    if (starts->way != StartSearch::Way::everywhere) add_seeker();
     prepare_expressions();
 }
 
-RE_Tree::Parts::~Parts() {
-    for (void* function : functions) {
-        if (function != nullptr) context->delete_fcn(function);
-    }
+// The program was lowered before: the seeker is there for those who look at the graph.
+void RE_Tree::Parts::add_seeker() {
+    std::unique_ptr<RE_Node> seeker(require(new RE_Seeker));
+    seeker->index = static_cast<uint32_t>(pattern.nodes.size());
+    seeker->next = pattern.first;
+    pattern.nodes.push_back(std::move(seeker));
+    pattern.first = {pattern.nodes.back().get()};
 }
 
 void RE_Tree::Parts::prepare_expressions() {
     if (pattern.expression_count == 0) return;
-    functions.resize(pattern.expression_count);
+    Vector<void*>& prepared = functions.prepared;
+    prepared.resize(pattern.expression_count);
     Vector<bool> is_prepared(pattern.expression_count);
     Vector<RE_Evaluation_Input> tokens(pattern.token_count);
     for (size_t i = 0; i < tokens.size(); ++i) {
@@ -121,7 +125,7 @@ void RE_Tree::Parts::prepare_expressions() {
         RE_Evaluation_Purpose purpose{};
         const RE_Text* const expression = expression_of(*node, purpose);
         if (expression == nullptr || is_prepared[expression->id]) continue;
-        functions[expression->id] =
+        prepared[expression->id] =
             context->create_fcn(purpose, expression->text, expression->length, inputs);
         is_prepared[expression->id] = true;
     }
@@ -131,12 +135,12 @@ SearchRequest RE_Tree::Parts::request(const char16_t* text, size_t length, size_
                                       const RE_Search_Info* info) const noexcept {
     SearchRequest request;
     request.program = &program;
-    request.starts = &starts;
+    request.starts = starts.get();
     request.text = text != nullptr ? text : u"";
     request.length = text != nullptr ? length : 0;
     request.start = is_inside_pair(request.text, request.length, start) ? start + 1 : start;
     request.context = context;
-    request.functions = functions.data();
+    request.functions = functions.prepared.data();
     if (info != nullptr) {
         request.anchored = (info->flags & RE_SEARCH_ANCHORED) != 0;
         request.not_empty = (info->flags & RE_SEARCH_NOT_EMPTY) != 0;
@@ -215,5 +219,5 @@ void RE_Tree::dump() const {
 std::string RE_Tree::graph() const { return graph_of(parts_->pattern); }
 
 std::string RE_Tree::analysis() const {
-    return describe(parts_->starts) + program_text(parts_->program);
+    return describe(*parts_->starts) + program_text(parts_->program);
 }

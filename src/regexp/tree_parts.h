@@ -3,6 +3,7 @@
 #define QXUT_SRC_REGEXP_TREE_PARTS_H
 
 #include <cstddef>
+#include <memory>
 
 #include <qxut/regexp/tree.hpp>
 
@@ -11,19 +12,29 @@
 #include "regexp/pattern.h"
 #include "regexp/program.h"
 
+namespace qxut::regexp {
+
+// What the host made of the expressions, by RE_Text::id; given back at the end.
+struct PreparedFunctions {
+    RE_Context* context;
+    Vector<void*> prepared;
+    ~PreparedFunctions();
+};
+
+}  // namespace qxut::regexp
+
 // Made once, then only read. The program and the analysis point into the pattern.
 struct RE_Tree::Parts : RE_Memory {
     // Compiles; throws as the constructors of RE_Tree.
     Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Context* lender);
-    ~Parts();
     Parts(const Parts&) = delete;
     Parts& operator=(const Parts&) = delete;
 
     RE_Context* context;  // null: none
     qxut::regexp::Pattern pattern;
     qxut::regexp::Program program;
-    qxut::regexp::StartSearch starts;
-    qxut::regexp::Vector<void*> functions;  // the prepared expressions, by RE_Text::id
+    std::unique_ptr<qxut::regexp::StartSearch> starts;
+    qxut::regexp::PreparedFunctions functions;
 
     // How many extents a search gives.
     size_t extent_count() const noexcept { return 2 * (pattern.token_count + 1); }
@@ -34,6 +45,7 @@ struct RE_Tree::Parts : RE_Memory {
                                         const RE_Search_Info* info) const noexcept;
 
   private:
+    void add_seeker();
     void prepare_expressions();
 };
 

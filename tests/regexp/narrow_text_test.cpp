@@ -70,7 +70,7 @@ TEST(NarrowText, OffsetsOfOtherCodePages) {
     expect_maps(text);
     expect_maps(text + "\x93");  // cut off
     // Over the pieces in which it is read, which end within characters.
-    while (text.size() < 150'000) text += text + "b";
+    while (text.size() < 150'000) text.append(text).append("b");
     expect_maps(text.substr(0, 1000));
     const NarrowText narrow(text.data(), text.size());
     EXPECT_EQ(std::u16string(narrow.units(), narrow.length()), converted(text));

@@ -7,8 +7,10 @@
 // A piece is pattern text in the local code page, complete by itself: its parentheses and brackets
 // are closed and it does not end in a comment of free spacing. Operands keep their meaning wherever
 // they are put: one that is not a single atom is wrapped in (?:...) where a quantifier follows it,
-// one with alternatives also where something stands beside it. Names and expressions are taken as
-// they are. Every function that makes text may throw std::bad_alloc and changes nothing then.
+// one with alternatives also where something stands beside it. Tokens are those of the outermost
+// parentheses only, as in any pattern: a capture inside what is wrapped is a plain group. Names and
+// expressions are taken as they are. Every function that makes text may throw std::bad_alloc and
+// changes nothing then.
 #ifndef QXUT_REGEXP_BUILDER_HPP
 #define QXUT_REGEXP_BUILDER_HPP
 
@@ -61,7 +63,7 @@ class QXUT_API RE_Builder : public RE_Memory {
     friend struct RE_Maker;
     RE_Narrow_Text text_;
     Shape shape_ = Shape::empty;
-    bool ends_in_code_ = false;  // the digits of an escape, which further digits would continue
+    size_t code_length_ = 0;  // of the escape in whose digits it ends, which others would continue
 };
 
 // First `a`, then `b`.
