@@ -6,11 +6,11 @@
 #include <qxut/util/heap.h>
 
 #include <atomic>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <qxut/i18n/unicode_converter.hpp>
 #include <qxut/regexp/replace.hpp>
+#include <qxut/regexp/translate.hpp>
 #include <qxut/regexp/tree.hpp>
 #include <qxut/system/throwable.hpp>
 #include <random>
@@ -129,7 +129,7 @@ TEST(Replace, Table) {
         {u"b", u"{$`|$'}", u"abcb", u"a{a|cb}c{abc|}", 2},
         {u"^a", u"", u"aaa", u"aa", 1},
         // Empty matches.
-        {u"x*", u"-", u"abxc", u"-a-b--c-", 6},
+        {u"x*", u"-", u"abxc", u"-a-b--c-", 5},
         {u"", u".", u"\U0001F600a", u".\U0001F600.a.", 3},
         {u"$", u"!", u"a\n", u"a\n!", 1},
         {u"\\.", u"$01", u"1.5", u"1.15", 1},
@@ -218,7 +218,7 @@ TEST(Replace, NarrowForms) {
     Quorvanix::I18N::UnicodeConverterX::pushTssDefaultConvName("Shift_JIS");
     size_t capacity = 3;
     auto* buffer = static_cast<char*>(utMalloc(capacity));
-    std::memcpy(buffer, "\x95\x5C|", 3);
+    std::string("\x95\x5C|").copy(buffer, 3);
     size_t count = 0;
     buffer = replacement.replace(buffer, &(length = 3), &capacity, tree, false, &count);
     EXPECT_EQ(std::string(buffer, length), "\x95\x5C\x95\x5C|");
@@ -426,6 +426,44 @@ TEST(Replace, AFailedAllocationLeavesTheText) {
         }
         ASSERT_EQ(failed, FailingMalloc::has_failed());
         if (!failed) break;
+    }
+}
+
+// What the translations mean, told as replacements.
+TEST(Replace, TranslationsAreReplacements) {
+    struct Step {
+        const char16_t* pattern;
+        const char16_t* replacement;
+    };
+    const struct {
+        char16_t* (*translate)(char16_t*, size_t*, size_t*);
+        std::vector<Step> steps;
+    } kCases[] = {
+        {RE_Translate::escape, {{u"[\\$\\^\\.\\\\\\*\\+\\[\\]\\(\\)\\{\\}\\?\\|\\-]", u"\\\\$0"}}},
+        {RE_Translate::translateWildcard,
+         {{u"[\\$\\^\\.\\\\\\+\\[\\]\\(\\)\\{\\}\\|\\-]", u"\\\\$0"},
+          {u"\\*", u".*"},
+          {u"\\?", u"."}}},
+        {RE_Translate::makeWhitespaceSpaces, {{u"[\\s\\0]", u" "}}},
+    };
+    std::mt19937 random(9);
+    for (int round = 0; round < 200; ++round) {
+        std::u16string text;
+        for (auto left = random() % 30; left > 0; --left) {
+            text += static_cast<char16_t>(random() % 4 == 0 ? random() % 0x3001 : random() % 0x80);
+        }
+        const size_t room = text.size() + random() % 10;
+        for (const auto& c : kCases) {
+            Buffer translated(text, room);
+            translated.units =
+                c.translate(translated.units, &translated.length, &translated.capacity);
+            Buffer replaced(text, room);
+            for (const Step& step : c.steps) {
+                replaced.replace(replacement_of(step.replacement), tree_of(step.pattern));
+            }
+            ASSERT_EQ(translated.text(), replaced.text());
+            ASSERT_EQ(translated.capacity, replaced.capacity);
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #define QXUT_TESTS_REGEXP_TEMPLATE_MODEL_H
 
 #include <qxut/i18n/classification.h>
+#include <qxut/i18n/conversion.h>
 
 #include <algorithm>
 #include <cstdarg>
@@ -247,18 +248,30 @@ class TemplateModel {
         const View character = rest.substr(1, decoded(rest.substr(1, 2)).size() == 1 ? 2 : 1);
         literal(character);
         if (View(u"()-[]{|}*+?\\<>$.^").find(letter) == View::npos) {
-            std::string shown;
-            for (const char32_t c : decoded(character)) {
-                // Generated templates hold ASCII, U+00E9 and U+1F600.
-                shown += c == 0      ? " "
-                         : c < 0x80  ? std::string(1, static_cast<char>(c))
-                         : c == 0xE9 ? "\xC3\xA9"
-                                     : "\xF0\x9F\x98\x80";
-            }
-            warnings.push_back({at + 1, "Escaped character '" + shown +
+            char shown[8];
+            uint32_t size = sizeof(shown);
+            const bool is_nul = letter == 0;
+            utf16_to_utf8_n(shown, &size, is_nul ? u" " : character.data(),
+                            static_cast<uint32_t>(character.size()));
+            warnings.push_back({at + 1, "Escaped character '" + std::string(shown, size) +
                                             "' is treated literally in this context."});
         }
         return 1 + character.size();
+    }
+
+    static std::u16string decimal(size_t number) {
+        const std::string digits = std::to_string(number);
+        return {digits.begin(), digits.end()};
+    }
+    // Of a form $N; SIZE_MAX where it does not fit.
+    static size_t number_of(const std::u16string& form) {
+        size_t number = 0;
+        for (const char16_t c : form.substr(1)) {
+            const size_t digit = c - u'0';
+            if (number > (SIZE_MAX - digit) / 10) return SIZE_MAX;
+            number = number * 10 + digit;
+        }
+        return number;
     }
 
     // The value of a form, with the name that it has in an expression.
@@ -277,12 +290,8 @@ class TemplateModel {
                 value.name = form.substr(2, form.size() - 3);
                 info = tokens.get(value.name.c_str());
             } else {
-                const std::u16string digits = form.substr(1);
-                size_t number = SIZE_MAX;
-                if (digits.size() < 18)
-                    number = std::stoull(std::string(digits.begin(), digits.end()));
-                const std::string shown = std::to_string(number);
-                value.name = u"token_" + std::u16string(shown.begin(), shown.end());
+                const size_t number = number_of(form);
+                value.name = u"token_" + decimal(number);
                 info = tokens.get(number);
             }
             value.is_set = info != nullptr && info->is_set;
@@ -305,14 +314,14 @@ class TemplateModel {
         for (size_t i = 0; i < written.size();) {
             const size_t length = form_length(View(written).substr(i));
             if (length == 0) {
-                pieces.push_back({Piece::literal, written.substr(i, 1)});
-                ++i;
+                const size_t units = decoded(written.substr(i, 2)).size() == 1 ? 2 : 1;
+                pieces.push_back({Piece::literal, written.substr(i, units)});
+                i += units;
                 continue;
             }
             std::u16string form = written.substr(i, length);
             if (form == u"$&") form = u"$0";
-            if (form[1] >= u'1' && form[1] <= u'9' && form.size() > 18)
-                form = u"$" + std::u16string(20, u'9');
+            if (form[1] >= u'1' && form[1] <= u'9') form = u"$" + decimal(number_of(form));
             pieces.push_back({Piece::form, form});
             if (std::find(forms.begin(), forms.end(), form) == forms.end()) {
                 forms.push_back(form);
@@ -322,9 +331,9 @@ class TemplateModel {
         }
         // The words between the forms.
         for (const Piece& piece : pieces) {
+            const char32_t c = decoded(piece.text)[0];
             const bool is_part =
-                piece.kind == Piece::literal &&
-                (is_word(piece.text[0]) && (!word.empty() || !is_digit(piece.text[0])));
+                piece.kind == Piece::literal && is_word(c) && (!word.empty() || !is_digit(c));
             if (is_part) {
                 word += piece.text;
             } else if (!word.empty()) {
@@ -357,9 +366,8 @@ class TemplateModel {
         }
         for (const size_t i : clashing) {
             std::u16string name;
-            for (int suffix = 2; name.empty() || is_taken(name); ++suffix) {
-                const std::string digits = "_" + std::to_string(suffix);
-                name = inputs[i].name + std::u16string(digits.begin(), digits.end());
+            for (size_t suffix = 2; name.empty() || is_taken(name); ++suffix) {
+                name = inputs[i].name + u"_" + decimal(suffix);
             }
             inputs[i].name = name;
             taken.push_back(name);

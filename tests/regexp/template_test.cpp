@@ -4,6 +4,9 @@
 #include <qxut/util/heap.h>
 #include <qxut/util/output.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <new>
 #include <qxut/regexp/replace.hpp>
@@ -40,6 +43,17 @@ std::string dump_of(const RE_Replace& replacement) {
     replacement.dump();
     utSwapVprintfCallbacks(&puts_fcn, &data, &is_hot, &errors);
     return printed;
+}
+
+bool is_accepted_by_dot(const std::string& graph) {
+    if (std::system("dot -V >/dev/null 2>&1") != 0) return true;
+    const std::string path = testing::TempDir() + "template_graph.dot";
+    std::ofstream(path, std::ios::binary) << graph;
+    const bool is_read =
+        std::system(("dot -Tsvg '" + path + "' >/dev/null 2>'" + path + ".err'").c_str()) == 0;
+    const bool is_silent = std::ifstream(path + ".err").peek() == EOF;
+    for (const char* suffix : {"", ".err"}) std::remove((path + suffix).c_str());
+    return is_read && is_silent;
 }
 
 // "<<ab-cd>>": the match is "ab-cd", token 1 "ab", token 2 "cd" named "n", token 3 unset, token 4
@@ -204,6 +218,7 @@ TEST(Template, GraphIsQuoted) {
               "R4 [label=\"Replace Evaluator\"];\n"
               "R3 -> R4 [label=Chain];\n"
               "}\n");
+    EXPECT_TRUE(is_accepted_by_dot(replacement.graph()));
     EXPECT_NE(dump_of(replacement).find("\nEvaluate {&}\n"), std::string::npos);
 }
 
