@@ -129,6 +129,35 @@ TEST(Mediator, AnExceptionArrivesAsItself) {
     EXPECT_EQ(other.cause(), nullptr);
 }
 
+class OwnInterrupt : public InterruptException {
+  public:
+    OwnInterrupt() : InterruptException("stopped by hand") {}
+};
+
+// One that is raised without a text arrives, too; and an error with the same code that an item
+// raises in the meantime, for the boundary further out, is not taken for it.
+TEST(Mediator, OnlyTheExceptionArrivesAsItself) {
+    Contexts contexts;
+    _error_context* const errors = &contexts.errors;
+    const auto own = thrown<OwnInterrupt>(
+        contexts, [&] { raiseExceptions(errors, [] { throw OwnInterrupt(); }); });
+    EXPECT_STREQ(own.what(), "stopped by hand");
+
+    const auto raise_another = [](void* item_errors) {
+        ut_error(static_cast<_error_context*>(item_errors), UT_ERR_RETHROW, "another");
+    };
+    const auto other = thrown<UserException>(contexts, [&] {
+        throwErrors(errors, [&] {
+            _error_context* argument = errors;
+            ut_cleanup_item item{};
+            ut_link_cleanup(errors, &item, &argument, raise_another);
+            raiseExceptions(errors, [] { throw ColumnProblem(7); });
+        });
+    });
+    EXPECT_STREQ(other.what(), "another");
+    EXPECT_EQ(other.cause(), nullptr);
+}
+
 TEST(Mediator, HandlersSeeTheException) {
     Contexts contexts;
     std::string seen;

@@ -72,6 +72,9 @@ TEST(Hex, Parse) {
         {"1 1234 5", {"\x34", 7}},
         {"1 FEDCBA9876543210 5", {"\xFF", 19}},  // saturated
         {"2\t\n\v\f\r7F\n\n 0x80 ", {"\x7F\x80", 16}},
+        // The control characters beside them are no space.
+        {"1\b41", {"\0"s, 1}},
+        {"1\x0Ez", {"\0"s, 1}},
         // The prefix needs a digit behind it.
         {"0X2 0xg", {"\0\0"s, 5}},
         {"1 -1", {"\xFF", 4}},
@@ -124,6 +127,20 @@ TEST(Hex, HugeCountCanBeStopped) {
     stream = {text, sizeof text - 1};
     utSetInterruptPending(true);
     EXPECT_EQ(contexts.run([&] { ut_parsehex(&buffer, &stream); }).code, UT_ERR_SIGNAL_INTERRUPT);
+}
+
+// Every 4096th byte asks for it, so that short data is never in the way of its command's end.
+TEST(Hex, LongDataCanBeStopped) {
+    Contexts contexts;
+    std::string text = "1000";
+    for (int i = 0; i < 0x1000; ++i) text += " 41";
+    Buffer buffer(contexts);
+    ut_bstream stream{text.data(), text.size()};
+    utSetInterruptPending(true);
+    EXPECT_EQ(contexts.run([&] { ut_parsehex(&buffer, &stream); }).code, UT_ERR_SIGNAL_INTERRUPT);
+    utSetInterruptPending(true);
+    EXPECT_EQ(parse(contexts, "FFF" + text.substr(4)).bytes, std::string(0xFFF, 'A'));
+    EXPECT_TRUE(utTakeInterrupt());
 }
 
 TEST(Hex, OutOfMemory) {

@@ -64,6 +64,26 @@ TEST(Memory, NewContext) {
     });
 }
 
+// Not those of another one with the same messages.
+TEST(Memory, NewContextKnowsItsMessages) {
+    CountdownHeap heap;
+    int32_t status = -1;
+    ut_message_context messages{};
+    ut_initialize_message_context(&status, &messages, CountdownHeap::allocate,
+                                  CountdownHeap::reallocate);
+    _error_context errors{};
+    const auto discard = [](void*, const char*, int32_t length) { return length; };
+    ut_initialize_error_context(&status, &errors, &messages, discard, nullptr,
+                                CountdownHeap::reallocate);
+    ASSERT_EQ(status, 0);
+    _memory_context* const memory = ut_new_memory_context(
+        &errors, CountdownHeap::allocate, CountdownHeap::reallocate, CountdownHeap::release);
+    EXPECT_STREQ(ut_get_message_mnemonic(&messages, UT_OUT_OF_MEMORY), "OUT_OF_MEMORY");
+    ut_delete_memory_context(memory);
+    ut_clear_message_context(&messages, CountdownHeap::release);
+    EXPECT_EQ(heap.live_blocks(), 0u);
+}
+
 TEST(Memory, RegistrationStatusesAreRaised) {
     qxut_test::sweep_out_of_memory([](Contexts& contexts) {
         const ut_message_code codes[] = {500 * 65536 + 1, UT_MESSAGE_CODES_END};

@@ -132,6 +132,15 @@ TEST(Namehash, ManyNamesKeepTheirPointers) {
     for (const auto& [name, canonical] : expected) EXPECT_EQ(names.lookup(name.c_str()), canonical);
 }
 
+TEST(Namehash, NameOfTheLargestLengthFindsNoMemory) {
+    Contexts contexts;
+    Names names(contexts);
+    const auto raised = contexts.run(
+        [&] { ut_namehash_add_with_length(&names.record, "name", static_cast<size_t>(-1)); });
+    EXPECT_EQ(raised.code, UT_OUT_OF_MEMORY);
+    EXPECT_EQ(names.record.table.count, 0);
+}
+
 TEST(Namehash, OutOfMemoryLosesNoName) {
     qxut_test::sweep_out_of_memory([](Contexts& contexts) {
         ut_namehash* const names = ut_new_namehash(&contexts.memory, 0);

@@ -136,6 +136,10 @@ TEST(Warning, StateOfOneAndOfAll) {
     for (int i = 0; i < 100; ++i)
         EXPECT_EQ(ut_get_warning_state(context, std::to_string(i * 37 % 100).c_str()),
                   i % 2 == 0 ? on : error);
+    // The last one set counts.
+    ut_set_warning_state(context, "37", off);
+    EXPECT_EQ(ut_get_warning_state(context, "37"), off);
+    EXPECT_EQ(context->settings.count, 100u);
 }
 
 TEST(Warning, RaisedAsAnError) {
