@@ -99,6 +99,11 @@ TEST_P(WideSearch, FindsLiteralsAsThePlainFormDoes) {
     }
 }
 
+void put(UnitSet& set, char16_t unit) {
+    uint8_t* const rows = unit % 16 < 8 ? set.even : set.odd;
+    rows[unit / 16] |= static_cast<uint8_t>(1U << unit % 8);
+}
+
 TEST_P(WideSearch, FindsMembersOfSetsAsThePlainFormDoes) {
     Generator generate(2);
     for (int round = 0; round < 400; ++round) {
@@ -115,9 +120,8 @@ TEST_P(WideSearch, FindsMembersOfSetsAsThePlainFormDoes) {
         }
         if (!set.by_ranges) {
             for (uint32_t i = generate.below(6); i > 0; --i) {
-                const auto unit = static_cast<uint8_t>(generate.unit());
-                uint8_t* const rows = unit < 0x80 ? set.lower : set.upper;
-                rows[unit % 16] |= static_cast<uint8_t>(1U << (unit % 0x80 / 16));
+                const char16_t unit = generate.unit() % 0x100;
+                put(set, unit);
             }
             set.all_others = generate.below(4) == 0;
         }
@@ -125,6 +129,9 @@ TEST_P(WideSearch, FindsMembersOfSetsAsThePlainFormDoes) {
         at_every_alignment(text.size(), 1, [&](size_t from, size_t end) {
             ASSERT_EQ(find_in_set(text.data(), from, end, set),
                       find_in_set_plainly(text.data(), from, end, set))
+                << round << ' ' << from << ' ' << end;
+            ASSERT_EQ(find_outside_set(text.data(), from, end, set),
+                      find_outside_set_plainly(text.data(), from, end, set))
                 << round << ' ' << from << ' ' << end;
         });
     }
@@ -134,8 +141,7 @@ TEST_P(WideSearch, FindsEachUnitBelow256) {
     const std::vector<char16_t> padding(100, u'\u1234');
     for (char16_t unit = 0; unit < 0x100; ++unit) {
         UnitSet set;
-        (unit < 0x80 ? set.lower : set.upper)[unit % 16] =
-            static_cast<uint8_t>(1U << (unit % 0x80 / 16));
+        put(set, unit);
         for (char16_t other = 0; other < 0x100; ++other) {
             auto text = padding;
             text[40] = other;
