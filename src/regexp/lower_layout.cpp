@@ -139,7 +139,6 @@ void Layout::watch_iterations() {
         end.arg = reg;
         end.scope = steps_[number].own;
         end.next = number;
-        end.alt = exit_of(steps_[number]);
         const uint32_t before = lowering_.add_step(start);
         end_of[number] = lowering_.add_step(end);
         Step& repetition = steps_[number];
@@ -158,6 +157,10 @@ void Layout::watch_iterations() {
         turn(from, step.alt);
         if (step.op != Op::choice) continue;
         for (uint32_t k = 0; k < step.way_count; ++k) turn(from, lowering_.ways[step.ways + k]);
+    }
+    // The exit of an inner repetition may be the way back of an outer one.
+    for (const uint32_t number : order_) {
+        if (end_of[number] != kNoWay) steps_[end_of[number]].alt = exit_of(steps_[number]);
     }
     // A body that is nothing but the way back.
     for (size_t i = end_of.size(); i < steps_.size(); ++i) {
