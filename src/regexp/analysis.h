@@ -10,7 +10,7 @@
 #include <string>
 
 #include "regexp/program.h"
-#include "regexp/wide_search.h"
+#include "regexp/unit_set.h"
 
 namespace qxut::regexp {
 
@@ -85,9 +85,6 @@ StartSearch* analyze(const Program& program);
 
 // The analysis for people, UTF-8, a line for each thing that was found out.
 std::string describe(const StartSearch& starts);
-
-// Every first unit of the set's characters, and perhaps others.
-UnitSet units_of(const CharacterSet& set) noexcept;
 
 }  // namespace qxut::regexp
 

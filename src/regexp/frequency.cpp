@@ -2,6 +2,7 @@
 #include "regexp/frequency.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace qxut::regexp {
 namespace {
@@ -50,8 +51,10 @@ float frequency(const UnitVariants& variants) noexcept {
 
 float frequency(const CharacterSet& set) noexcept {
     unsigned sum = 0;
-    for (char32_t c = 0; c < CharacterSet::kLowEnd; ++c) {
-        if (set.contains(c)) sum += of_unit(static_cast<char16_t>(c));
+    for (unsigned word = 0; word < set.low().size(); ++word) {
+        for (uint64_t bits = set.low()[word]; bits != 0; bits &= bits - 1)
+            sum += of_unit(
+                static_cast<char16_t>(64 * word + static_cast<unsigned>(std::countr_zero(bits))));
     }
     if (set.is_negated() || set.classes() != 0) {
         sum += kOtherCharacters;

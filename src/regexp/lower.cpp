@@ -12,8 +12,10 @@ namespace {
 
 // The tokens whose being set decides a condition.
 void find_tested_tokens(Program& program) {
+    Vector<bool> is_done(program.references.size());
     for (const Instruction& in : program.code) {
-        if (in.op != Op::if_token) continue;
+        if (in.op != Op::if_token || is_done[in.arg]) continue;
+        is_done[in.arg] = true;
         const Reference& reference = program.references[in.arg];
         for (uint32_t i = 0; i < reference.count; ++i)
             program.tested_tokens.push_back(program.tokens[reference.first + i]);

@@ -6,10 +6,13 @@
 // between the two ends of their link; links from one region to one node share them.
 //
 // Entry: lower_nodes. Tested by tests/regexp/program_test.cpp.
+#include <optional>
+
 #include "regexp/characters.h"
 #include "regexp/failure.h"
 #include "regexp/folding.h"
 #include "regexp/lowering.h"
+#include "regexp/token_names.h"
 
 namespace qxut::regexp {
 namespace {
@@ -72,9 +75,16 @@ class NodeLowering {
     Vector<PendingLink> pending_;
     Vector<PendingMark> pending_marks_;
     std::map<MarkKey, uint32_t, std::less<>, Allocator<std::pair<const MarkKey, uint32_t>>> marks_;
-    std::map<Vector<uint32_t>, uint32_t, std::less<>,
-             Allocator<std::pair<const Vector<uint32_t>, uint32_t>>>
+    // The references made so far, by number or by the first token of their name.
+    struct Meaning {
+        bool is_name;
+        uint32_t first;
+        auto operator<=>(const Meaning&) const = default;
+    };
+    std::map<Meaning, uint32_t, std::less<>, Allocator<std::pair<const Meaning, uint32_t>>>
         references_;
+    std::optional<TokenNames> names_;  // their tokens stand in the program from named_from_ on
+    uint32_t named_from_ = 0;
 };
 
 uint32_t NodeLowering::region_around(uint32_t scope) const {
@@ -340,20 +350,29 @@ void NodeLowering::lower_token(const RE_Token& node, Step& step, uint32_t scope)
 }
 
 uint32_t NodeLowering::add_reference(size_t token, const char16_t* name) {
-    Vector<uint32_t> meant;
-    if (name == nullptr) {
-        meant.push_back(token < kNoWay ? static_cast<uint32_t>(token) : kNoWay);
-    } else {
-        for (const size_t number : tokens_named(program_.names.data(), program_.names.size(), name))
-            meant.push_back(static_cast<uint32_t>(number));
+    Vector<uint32_t>& tokens = program_.tokens;
+    TokenNames::Run run;
+    if (name != nullptr) {
+        if (!names_.has_value()) {
+            names_.emplace(program_.names.data(), program_.names.size());
+            named_from_ = static_cast<uint32_t>(tokens.size());
+            tokens.insert(tokens.end(), names_->tokens().begin(), names_->tokens().end());
+        }
+        run = names_->find(name);
     }
-    const auto known = references_.find(meant);
+    Meaning meaning{name != nullptr, token < kNoWay ? static_cast<uint32_t>(token) : kNoWay};
+    if (meaning.is_name) meaning.first = run.count != 0 ? tokens[named_from_ + run.first] : kNoWay;
+    const auto known = references_.find(meaning);
     if (known != references_.end()) return known->second;
     const auto number = static_cast<uint32_t>(program_.references.size());
-    program_.references.push_back(
-        {static_cast<uint32_t>(program_.tokens.size()), static_cast<uint32_t>(meant.size())});
-    program_.tokens.insert(program_.tokens.end(), meant.begin(), meant.end());
-    references_.emplace(std::move(meant), number);
+    if (meaning.is_name) {
+        program_.references.push_back(
+            {named_from_ + static_cast<uint32_t>(run.first), static_cast<uint32_t>(run.count)});
+    } else {
+        program_.references.push_back({static_cast<uint32_t>(tokens.size()), 1});
+        tokens.push_back(meaning.first);
+    }
+    references_.emplace(meaning, number);
     return number;
 }
 

@@ -49,9 +49,6 @@ void parse(const char16_t* text, size_t length, const ParseOptions& options, Pat
 // numbering.cpp.
 Vector<RE_Node*> number_nodes(const Pattern& pattern);
 
-// Where a name means a token: the numbers of all tokens with it, ascending. `names` as in Pattern.
-Vector<size_t> tokens_named(const char16_t* const* names, size_t count, const char16_t* name);
-
 }  // namespace qxut::regexp
 
 #endif

@@ -23,8 +23,8 @@ struct RE_Results::Search : RE_Memory {
     void publish() noexcept;
 
     struct DeleteIteration {
-        void operator()(qxut::regexp::Iteration* iteration) const noexcept {
-            qxut::regexp::delete_iteration(iteration);
+        void operator()(qxut::regexp::Iteration* owned) const noexcept {
+            qxut::regexp::delete_iteration(owned);
         }
     };
 

@@ -33,6 +33,9 @@ size_t literal_search(const char16_t* text, size_t from, size_t end, const Liter
 size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     return find_in_set_plainly(text, from, end, set);
 }
+size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    return find_outside_set_plainly(text, from, end, set);
+}
 size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
                    const WordSearch& words) {
     return find_word_plainly(text, from, end, readable, words);
@@ -70,6 +73,12 @@ HWY_INLINE size_t scan_lanes(const Test& test, size_t from, size_t end) {
         }
         return end;
     };
+    if (end - at >= lanes) {
+        // What is looked for is often near.
+        const size_t found = first_of(test.bits(test.matches(at)), at);
+        if (found != end) return found;
+        at += lanes;
+    }
     for (; end - at >= 2 * lanes; at += 2 * lanes) {
         const auto low = test.matches(at);
         const auto high = test.matches(at + lanes);
@@ -158,90 +167,111 @@ HWY_INLINE size_t find_literal_in_lanes(const char16_t* text, size_t from, size_
 
 // --- sets -------------------------------------------------------------------------------------
 
+// Ranges are compared on the difference to their first unit.
 template <class D>
-class RangesTest : public LanesOf<D> {
+class Ranges {
   public:
-    using LanesOf<D>::d_;
     using V = hn::Vec<D>;
 
-    HWY_INLINE RangesTest(const char16_t* text, const UnitSet& set)
-        : text_(units_of(text)), count_(set.range_count) {
+    HWY_INLINE explicit Ranges(const UnitSet& set) : count_(set.range_count) {
+        const D d;
         for (int i = 0; i < UnitSet::kRanges; ++i) {
-            first_[i] = hn::Set(d_, static_cast<uint16_t>(set.first[i]));
-            span_[i] = hn::Set(d_, static_cast<uint16_t>(set.last[i] - set.first[i]));
+            first_[i] = hn::Set(d, static_cast<uint16_t>(set.first[i]));
+            span_[i] = hn::Set(d, static_cast<uint16_t>(set.last[i] - set.first[i]));
         }
     }
-    HWY_INLINE hn::Mask<D> matches(size_t at) const {
-        const V units = hn::LoadU(d_, text_ + at);
-        hn::Mask<D> found = in_range(units, 0);
-        for (int i = 1; i < count_; ++i) found = hn::Or(found, in_range(units, i));
+    // There is a range at least.
+    HWY_INLINE hn::Mask<D> hold(V units) const {
+        hn::Mask<D> found = holds(units, 0);
+        for (int i = 1; i < count_; ++i) found = hn::Or(found, holds(units, i));
         return found;
     }
-    HWY_INLINE bool confirm(size_t) const { return true; }
 
   private:
-    HWY_INLINE hn::Mask<D> in_range(V units, int i) const {
+    HWY_INLINE hn::Mask<D> holds(V units, int i) const {
         const V above = hn::Sub(units, first_[i]);
         return hn::Eq(hn::Min(above, span_[i]), above);
     }
 
-    const uint16_t* text_;
     int count_;
     V first_[UnitSet::kRanges], span_[UnitSet::kRanges];
 };
 
-// The bits of a unit's row and column meet in the byte where its lane looks them up.
-template <class D>
+// Outside: the units that are not in the set are looked for.
+template <class D, bool Outside>
+class RangesTest : public LanesOf<D> {
+  public:
+    using LanesOf<D>::d_;
+
+    HWY_INLINE RangesTest(const char16_t* text, const UnitSet& set)
+        : text_(units_of(text)), ranges_(set) {}
+    HWY_INLINE hn::Mask<D> matches(size_t at) const {
+        const hn::Mask<D> found = ranges_.hold(hn::LoadU(d_, text_ + at));
+        return Outside ? hn::Not(found) : found;
+    }
+    HWY_INLINE bool confirm(size_t) const { return true; }
+
+  private:
+    const uint16_t* text_;
+    Ranges<D> ranges_;
+};
+
+// A unit's upper half picks a row of bits, its lower half the bit: both are looked up in the byte
+// where the lane's index stands.
+template <class D, bool Outside>
 class BitsTest : public LanesOf<D> {
   public:
     using LanesOf<D>::d_;
     using V = hn::Vec<D>;
+    using Bytes = hn::Repartition<uint8_t, D>;
 
     HWY_INLINE BitsTest(const char16_t* text, const UnitSet& set)
-        : text_(text), set_(set), lower_(table(set.lower)), upper_(table(set.upper)) {
-        alignas(16) static constexpr uint8_t kRows[16] = {1, 2, 4, 8, 16, 32, 64, 128,
+        : text_(units_of(text)),
+          even_(hn::LoadDup128(Bytes(), set.even)),
+          odd_(hn::LoadDup128(Bytes(), set.odd)),
+          has_ranges_(set.range_count != 0),
+          all_others_(set.all_others),
+          ranges_(set) {
+        alignas(16) static constexpr uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128,
                                                           1, 2, 4, 8, 16, 32, 64, 128};
-        rows_ = table(kRows);
+        bits_ = hn::LoadDup128(Bytes(), kBits);
     }
     HWY_INLINE hn::Mask<D> matches(size_t at) const {
-        const V units = hn::LoadU(d_, units_of(text_) + at);
+        const V units = hn::LoadU(d_, text_ + at);
         const V half = hn::Set(d_, uint16_t{0x0F});
-        const V column = hn::And(units, half);
         const V row = hn::And(hn::ShiftRight<4>(units), half);
-        const hn::Mask<D> is_upper =
-            hn::Ne(hn::And(units, hn::Set(d_, uint16_t{0x80})), hn::Zero(d_));
-        const V members =
-            hn::IfThenElse(is_upper, look_up(upper_, column), look_up(lower_, column));
-        const V bits = hn::And(hn::And(members, look_up(rows_, row)), hn::Set(d_, uint16_t{0xFF}));
-        const hn::Mask<D> found = hn::Ne(bits, hn::Zero(d_));
-        // The rule for the others is looked at where one is met.
-        const hn::Mask<D> is_other = hn::Ne(hn::ShiftRight<8>(units), hn::Zero(d_));
-        return set_.all_others || set_.range_count != 0 ? hn::Or(found, is_other)
-                                                        : hn::AndNot(is_other, found);
+        const V column = hn::And(units, half);
+        const V zero = hn::Zero(d_);
+        const hn::Mask<D> is_odd = hn::Ne(hn::And(units, hn::Set(d_, uint16_t{8})), zero);
+        const V members = hn::IfThenElse(is_odd, look_up(odd_, row), look_up(even_, row));
+        const V bit = hn::And(look_up(bits_, column), hn::Set(d_, uint16_t{0xFF}));
+        const hn::Mask<D> is_low = hn::Eq(hn::ShiftRight<8>(units), zero);
+        hn::Mask<D> found = hn::Ne(hn::And(members, bit), zero);
+        if (all_others_) {
+            found = hn::Or(found, hn::Not(is_low));
+        } else {
+            found = hn::And(found, is_low);
+            if (has_ranges_) found = hn::Or(found, hn::AndNot(is_low, ranges_.hold(units)));
+        }
+        return Outside ? hn::Not(found) : found;
     }
-    HWY_INLINE bool confirm(size_t at) const { return set_.contains(text_[at]); }
+    HWY_INLINE bool confirm(size_t) const { return true; }
 
   private:
-    HWY_INLINE V table(const uint8_t* bytes) const {
-        const hn::Repartition<uint8_t, D> d8;
-        return hn::BitCast(d_, hn::LoadDup128(d8, bytes));
-    }
-    HWY_INLINE V look_up(V table, V index) const {
-        const hn::Repartition<uint8_t, D> d8;
-        return hn::BitCast(d_,
-                           hn::TableLookupBytes(hn::BitCast(d8, table), hn::BitCast(d8, index)));
+    HWY_INLINE V look_up(hn::Vec<Bytes> table, V index) const {
+        return hn::BitCast(d_, hn::TableLookupBytes(table, hn::BitCast(Bytes(), index)));
     }
 
-    const char16_t* text_;
-    const UnitSet& set_;
-    V lower_, upper_, rows_;
+    const uint16_t* text_;
+    hn::Vec<Bytes> even_, odd_, bits_;
+    bool has_ranges_, all_others_;
+    Ranges<D> ranges_;
 };
 
-template <class D>
-HWY_INLINE size_t find_in_set_in_lanes(const char16_t* text, size_t from, size_t end,
-                                       const UnitSet& set) {
-    if (set.by_ranges) return scan_lanes(RangesTest<D>(text, set), from, end);
-    return scan_lanes(BitsTest<D>(text, set), from, end);
+template <class D, bool Outside>
+HWY_INLINE size_t scan_for_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (set.by_ranges) return scan_lanes(RangesTest<D, Outside>(text, set), from, end);
+    return scan_lanes(BitsTest<D, Outside>(text, set), from, end);
 }
 
 // --- words ------------------------------------------------------------------------------------
@@ -333,9 +363,15 @@ size_t literal_search(const char16_t* text, size_t from, size_t end, const Liter
 }
 
 size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
-    if (end >= hn::Lanes(Wide())) return find_in_set_in_lanes<Wide>(text, from, end, set);
-    if (end >= hn::Lanes(Narrow())) return find_in_set_in_lanes<Narrow>(text, from, end, set);
+    if (end >= hn::Lanes(Wide())) return scan_for_set<Wide, false>(text, from, end, set);
+    if (end >= hn::Lanes(Narrow())) return scan_for_set<Narrow, false>(text, from, end, set);
     return find_in_set_plainly(text, from, end, set);
+}
+
+size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (end >= hn::Lanes(Wide())) return scan_for_set<Wide, true>(text, from, end, set);
+    if (end >= hn::Lanes(Narrow())) return scan_for_set<Narrow, true>(text, from, end, set);
+    return find_outside_set_plainly(text, from, end, set);
 }
 
 size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
@@ -357,6 +393,7 @@ namespace qxut::regexp {
 
 HWY_EXPORT(literal_search);
 HWY_EXPORT(set_search);
+HWY_EXPORT(outside_search);
 HWY_EXPORT(word_search);
 
 size_t find_literal(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal) {
@@ -367,6 +404,11 @@ size_t find_literal(const char16_t* text, size_t from, size_t end, const Literal
 size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     if (from >= end) return end;
     return HWY_DYNAMIC_DISPATCH(set_search)(text, from, end, set);
+}
+
+size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (from >= end) return end;
+    return HWY_DYNAMIC_DISPATCH(outside_search)(text, from, end, set);
 }
 
 size_t find_word(const char16_t* text, size_t from, size_t end, size_t readable,

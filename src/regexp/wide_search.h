@@ -36,23 +36,23 @@ struct LiteralSearch {
 };
 size_t find_literal(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal);
 
-// A set of units: ranges of them, or a bit for each below U+0100 and a rule for the others.
+// A set of units: ranges of them, or a bit for each below U+0100 and ranges for the others.
 struct UnitSet {
     static constexpr int kRanges = 4;
-    // Ranges, inclusive; `rest` only says how many of them there are when `by_ranges`.
-    int range_count = 0;
     char16_t first[kRanges] = {};
-    char16_t last[kRanges] = {};
-    bool by_ranges = false;
-    // Else the units below U+0100: bit h of lower[n] is that of 16 * h + n, bit h of upper[n] that
-    // of 0x80 + 16 * h + n; and, of the others, those in the ranges, or all.
-    uint8_t lower[16] = {};
-    uint8_t upper[16] = {};
-    bool all_others = false;
+    char16_t last[kRanges] = {};  // inclusive
+    int range_count = 0;          // at least 1 when by_ranges
+    bool by_ranges = false;       // the ranges are all of it; else they tell from U+0100 on
+    bool all_others = false;      // without by_ranges: all from U+0100 on are in it
+    // Bit n % 8 of even[h] (n < 8) or odd[h] is that of the unit 16 * h + n.
+    uint8_t even[16] = {};
+    uint8_t odd[16] = {};
 
     bool contains(char16_t unit) const noexcept;
 };
 size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet& set);
+// The first unit that is not in the set.
+size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 
 // Several literals at once. Those of a bucket share fingerprints of their first units: what the low
 // byte of each may be, as the buckets that admit its low and its high half.
@@ -79,6 +79,7 @@ size_t find_word(const char16_t* text, size_t from, size_t end, size_t readable,
 size_t find_literal_plainly(const char16_t* text, size_t from, size_t end,
                             const LiteralSearch& literal);
 size_t find_in_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
+size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 size_t find_word_plainly(const char16_t* text, size_t from, size_t end, size_t readable,
                          const WordSearch& words);
 

@@ -4,10 +4,9 @@
 namespace qxut::regexp {
 
 bool UnitSet::contains(char16_t unit) const noexcept {
-    constexpr unsigned kHigh = 0x80;
     if (!by_ranges && unit < 0x100) {
-        const uint8_t* rows = unit < kHigh ? lower : upper;
-        return (rows[unit % 16] >> (unit % kHigh / 16) & 1) != 0;
+        const uint8_t* rows = unit % 16 < 8 ? even : odd;
+        return (rows[unit / 16] >> unit % 8 & 1) != 0;
     }
     if (!by_ranges && all_others) return true;
     for (int i = 0; i < range_count; ++i) {
@@ -26,6 +25,11 @@ size_t find_literal_plainly(const char16_t* text, size_t from, size_t end,
 
 size_t find_in_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     while (from < end && !set.contains(text[from])) ++from;
+    return from;
+}
+
+size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    while (from < end && set.contains(text[from])) ++from;
     return from;
 }
 
