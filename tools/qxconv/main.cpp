@@ -171,7 +171,7 @@ size_t opening_size(const std::string& encoding) {
     return 2 * size_of("a") - size_of("aa");
 }
 
-Outcome convert(const std::string& name, const Options& options, qxconv::OutputFile& output) {
+Outcome convert(const std::string& name, const Options& options, tools::OutputFile& output) {
     Input input(name);
     const size_t before = input.size();
     const std::string from = options.from.empty() ? recognised(input) : options.from;
@@ -214,7 +214,7 @@ Outcome run(const Options& options) {
     // Names are tried before a file is touched.
     const ConversionStream tried(options.from.empty() ? "UTF-8" : options.from.c_str(),
                                  options.to.c_str());
-    qxconv::OutputFile output(options.output);
+    tools::OutputFile output(options.output, "qxconv");
     Outcome worst = kConverted;
     for (const std::string& name : options.files) {
         const Outcome outcome = convert(name, options, output);

@@ -3,20 +3,20 @@
 // What is written goes to a temporary file in the same folder; commit gives it the name that was
 // asked for, over what had it before, whose permissions it takes. Without commit it is removed.
 // What is no plain file, such as a device, is written directly, as is standard output.
-#ifndef QXCONV_OUTPUT_FILE_H
-#define QXCONV_OUTPUT_FILE_H
+#ifndef TOOLS_OUTPUT_FILE_H
+#define TOOLS_OUTPUT_FILE_H
 
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
 
-namespace qxconv {
+namespace tools {
 
 class OutputFile {
   public:
-    // An empty path is standard output. Throws std::runtime_error, here and below, with a text that
-    // names the file.
-    explicit OutputFile(const std::filesystem::path& path);
+    // An empty path is standard output. The temporary file's name ends in `.PROGRAM-N`. Throws
+    // std::runtime_error, here and below, with a text that names the file.
+    OutputFile(const std::filesystem::path& path, const char* program);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
@@ -34,6 +34,6 @@ class OutputFile {
     bool is_empty_ = true;
 };
 
-}  // namespace qxconv
+}  // namespace tools
 
 #endif

@@ -1,4 +1,4 @@
-// output_file.cpp - see output_file.h. Tested by tests/tools/qxconv_test.py.
+// output_file.cpp - see output_file.h. Tested by tests/tools/qxconv_test.py and qxre_test.py.
 #include "output_file.h"
 
 #include <cerrno>
@@ -7,11 +7,11 @@
 #include <string>
 #include <system_error>
 
-namespace qxconv {
+namespace tools {
 
 namespace fs = std::filesystem;
 
-OutputFile::OutputFile(const fs::path& path) : path_(path) {
+OutputFile::OutputFile(const fs::path& path, const char* program) : path_(path) {
     std::error_code ignored;
     if (path.empty()) {
         file_ = stdout;
@@ -24,7 +24,7 @@ OutputFile::OutputFile(const fs::path& path) : path_(path) {
         constexpr int kTries = 1000;
         for (int i = 0; i < kTries && file_ == nullptr; ++i) {
             temporary_ = path_;
-            temporary_ += ".qxconv-" + std::to_string(i);
+            temporary_ += "." + std::string(program) + "-" + std::to_string(i);
             file_ = std::fopen(temporary_.c_str(), "wbx");
             if (file_ == nullptr && errno != EEXIST) break;
         }
@@ -33,6 +33,9 @@ OutputFile::OutputFile(const fs::path& path) : path_(path) {
         temporary_.clear();
         fail("cannot be written");
     }
+    // Nobody reads from the temporary file what he may not read from the other.
+    if (!temporary_.empty() && fs::exists(path_, ignored))
+        fs::permissions(temporary_, fs::perms::owner_read | fs::perms::owner_write, ignored);
 }
 
 OutputFile::~OutputFile() {
@@ -68,4 +71,4 @@ void OutputFile::commit() {
     temporary_.clear();
 }
 
-}  // namespace qxconv
+}  // namespace tools
