@@ -36,6 +36,11 @@ class Array {
         data_[size_++] = element;
     }
     void pop() { --size_; }
+    // Elements that are added are not set. Raises OUT_OF_MEMORY.
+    void resize(size_t size) {
+        reserve(size);
+        size_ = size;
+    }
 
     void clear() {
         ut_mem_free(utGetMemoryContext(), data_);

@@ -15,8 +15,10 @@
 #include "encodings.h"
 #include "machine.h"
 #include "messages.h"
+#include "patterns.h"
 #include "sets.h"
 #include "summary.h"
+#include "text_functions.h"
 
 namespace console {
 namespace {
@@ -255,6 +257,12 @@ constexpr Function kFunctions[] = {
     {"detect", "detect(\"file\")", 1, 1, run_detect, nullptr},
     {"classify", "classify(\"text\")", 1, 1, run_classify, nullptr},
     {"md5", "md5(\"file\")", 1, 1, run_md5, nullptr},
+    {"find", "find(texts, \"pattern\")", 2, 2, run_find, nullptr},
+    {"matches", "matches(\"text\", \"pattern\")", 2, 2, run_matches, nullptr},
+    {"tokens", "tokens(texts, \"pattern\"[, number])", 2, 3, run_tokens, nullptr},
+    {"replace", "replace(texts, \"pattern\", \"template\")", 3, 3, run_replace, nullptr},
+    {"number", "number(texts)", 1, 1, run_number, nullptr},
+    {"join", "join(x, ...)", 1, 100, run_join, nullptr},
     one_number("abs", "abs(x)", [](double x) { return std::fabs(x); }),
     one_number("sqrt", "sqrt(x)", [](double x) { return std::sqrt(x); }),
     one_number("exp", "exp(x)", [](double x) { return std::exp(x); }),

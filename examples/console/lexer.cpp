@@ -15,6 +15,8 @@ bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
+bool is_quote(char c) { return c == '"' || c == '\''; }
+
 bool is_continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 // Length of the operator or punctuation mark at `text`, 0 if there is none.
@@ -51,7 +53,7 @@ Token Lexer::begin_token() {
 }
 
 Token Lexer::quoted_text(Token token) {
-    const char* close = std::strchr(token.start + 1, '"');
+    const char* close = std::strchr(token.start + 1, *token.start);
     if (close == nullptr) raise(Message::unclosed_text, token.column);
     token.type = TokenType::text;
     ++token.start;
@@ -64,7 +66,7 @@ Token Lexer::next() {
     Token token = begin_token();
     const char* start = token.start;
     if (*start == '\0') return token;
-    if (*start == '"') {
+    if (is_quote(*start)) {
         token = quoted_text(token);
     } else {
         if (is_digit(*start) || (*start == '.' && is_digit(start[1]))) {
@@ -89,7 +91,7 @@ Token Lexer::next() {
 
 Token Lexer::next_word() {
     Token token = begin_token();
-    if (*token.start == '"') return quoted_text(token);
+    if (is_quote(*token.start)) return quoted_text(token);
     while (*position_ != '\0' && !is_blank(*position_)) ++position_;
     token.length = static_cast<size_t>(position_ - token.start);
     if (token.length > 0) token.type = TokenType::text;

@@ -1,7 +1,8 @@
 // lexer.h - cuts a statement into tokens.
 //
 // Bytes above 127 belong to names, so a name may be written in any script in UTF-8. A '#' begins
-// a comment. Columns count characters, not bytes, from 1.
+// a comment. A text stands in quotes of either kind, '"' or '\'', and may hold the other. Columns
+// count characters, not bytes, from 1.
 #ifndef CONSOLE_LEXER_H
 #define CONSOLE_LEXER_H
 

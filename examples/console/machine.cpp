@@ -24,7 +24,14 @@ constexpr Constant kConstants[] = {
     {"nan", std::numeric_limits<double>::quiet_NaN()},
 };
 
+constexpr int kMostLevels = 20;
+
 }  // namespace
+
+Machine::Machine(const Machine& outer, const Scope& scope)
+    : symbols_(outer.symbols_), script_(outer.script_), scope_(&scope), level_(outer.level_ + 1) {
+    if (level_ > kMostLevels) raise(Message::expressions_nested, kMostLevels);
+}
 
 void Machine::run(const Program& program) {
     // Pushing never allocates, so a value that has been made cannot be lost on its way.
@@ -88,6 +95,11 @@ void Machine::execute(const Instruction& instruction) {
 }
 
 void Machine::push_variable(const char* name) {
+    Value known;
+    if (scope_ != nullptr && scope_->find(name, known)) {
+        push(known);
+        return;
+    }
     if (const Value* value = symbols_.find(name)) {
         push(value->share());
         return;

@@ -18,10 +18,23 @@
 
 namespace console {
 
+// Names that come before the variables of the same name.
+class Scope {
+  public:
+    virtual ~Scope() = default;
+    // False: it does not know the name. Raises OUT_OF_MEMORY.
+    virtual bool find(const char* name, Value& value) const = 0;
+};
+
 class Machine {
   public:
     // `script`: path of the script that is running, or null; outlives the machine.
     Machine(Symbols& symbols, const char* script) : symbols_(symbols), script_(script) {}
+    // For an expression that is evaluated while an operation of another machine runs. Raises
+    // EXPRESSIONS_NESTED.
+    Machine(const Machine& outer, const Scope& scope);
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
 
     // Runs a program from an empty stack. Raises the errors of its operations.
     void run(const Program& program);
@@ -59,6 +72,8 @@ class Machine {
 
     Symbols& symbols_;
     const char* script_;
+    const Scope* scope_ = nullptr;
+    int level_ = 0;  // how many machines wait for this one
     Array<Value> stack_;
 };
 

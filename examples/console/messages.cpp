@@ -53,6 +53,13 @@ constexpr Entry kEntries[] = {
      "エラー: \"%1\" は %2 個の要素を扱えません。"},
     {"NEEDS_TEXT", "Error: \"%s\" works on one text.",
      "エラー: \"%1\" には文字列を 1 つだけ指定してください。"},
+    {"NEEDS_TEXTS", "Error: \"%s\" works on texts, not on numbers.",
+     "エラー: \"%1\" は文字列だけを扱います。数値には使えません。"},
+    {"NEEDS_ONE_VALUE",
+     "Error: The expression \"%s\" in a pattern must give one number or text, not %zu.",
+     "エラー: パターンの中の式 \"%1\" は数値か文字列を 1 つだけ返す必要があります (%2 個)。"},
+    {"EXPRESSIONS_NESTED", "Error: Expressions in patterns are nested more than %d deep.",
+     "エラー: パターンの中の式の入れ子が %1 段を超えました。"},
     {"NOT_WHOLE", "Error: \"%s\" works on whole numbers below 2^53, not on %s.",
      "エラー: \"%1\" は絶対値が 2^53 未満の整数だけを扱います。%2 は扱えません。"},
     {"RESERVED_NAME", "Error: \"%s\" belongs to the console and cannot be a variable.",
@@ -81,6 +88,42 @@ constexpr Entry kEntries[] = {
      "\"%1\" が定義されない値があるため、その結果は NaN になりました。"},
     {"MISSING_CELLS", "%s: Empty cells in column \"%s\" were read as NaN (%zu).",
      "%1: 列 \"%2\" の空のセル (%3 個) を NaN として読み込みました。"},
+    {"PATTERN", "%s\n  %s\n  %s^", "%1\n  %2\n  %3^"},
+    {"PATTERN_TEXT", "%s", "%1"},
+    {"UNMATCHED_PARENTHESIS", "Unmatched '('.", "対応する ')' のない '(' があります。"},
+    {"UNMATCHED_BRACKET", "Unmatched '['.", "対応する ']' のない '[' があります。"},
+    {"UNMATCHED_BRACE", "Unmatched '{'.", "対応する '}' のない '{' があります。"},
+    {"BAD_QUANTIFIER", "Invalid pattern for '{}' quantifier specified.",
+     "'{}' の繰り返し指定が正しくありません。"},
+    {"UNBOUND_RANGE", "Unbound range.", "範囲の終わりがありません。"},
+    {"WORD_BREAK_IN_SET", "Word breaks ('\\<' and '\\>') are treated literally in a set.",
+     "集合の中の単語境界 ('\\<' と '\\>') は文字として扱われます。"},
+    {"ESCAPED_CHARACTER", "Escaped character '%s' is treated literally in this context.",
+     "エスケープされた '%1' はここでは文字として扱われます。"},
+    {"LAST_BACKSLASH", "Backslash at end of pattern is treated literally.",
+     "末尾のバックスラッシュは文字として扱われます。"},
+    {"BRACED_NO_CHARACTER", "Braced expression does not evaluate to a character.",
+     "波括弧の中が文字コードではありません。"},
+    {"BRACED_TOO_LONG", "Braced expression is too long to evaluate to a character.",
+     "波括弧の中の文字コードが大きすぎます。"},
+    {"BAD_BACKREFERENCE", "Invalid named token backreference.",
+     "名前付きトークンへの参照が正しくありません。"},
+    {"BAD_TOKEN_NAME", "Invalid token name specified.", "トークンの名前が正しくありません。"},
+    {"NESTED_TOKEN_NAME", "Named tokens in nested parentheses are not supported.",
+     "入れ子の括弧の中では名前付きトークンは使えません。"},
+    {"UNBOUNDED_LOOKBEHIND",
+     "Lookbehind assertion of unbound length takes exponential time to solve.",
+     "長さに上限のない後読みは、非常に長い時間がかかることがあります。"},
+    {"NO_CONDITION", "No condition specified for if construct.", "条件分岐に条件がありません。"},
+    {"BAD_CONDITION", "Invalid condition specified for if construct.",
+     "条件分岐の条件が正しくありません。"},
+    {"UNKNOWN_EXTENSION", "Unknown extended regular expression.", "不明な拡張構文です。"},
+    {"UNKNOWN_MODE_FLAG", "Unknown mode flag.", "不明なモード フラグです。"},
+    {"REPEATED_NEGATION", "Mode flag negation may only be specified once.",
+     "モード フラグの否定は 1 回だけ指定できます。"},
+    {"EVALUATION_DISABLED", "Evaluation is disabled", "式の評価は無効になっています。"},
+    {"UNKNOWN_TEMPLATE", "Unknown replace pattern specified, '$' is treated literally.",
+     "不明な置換指定です。'$' は文字として扱われます。"},
     {"ERROR", "%s [%s]", "%1 [%2]"},
     {"ERROR_LINE", "%s:%d: %s [%s]", "%1 の %2 行目: %3 [%4]"},
     {"LOADED", "%s: rows %zu, columns of numbers %zu, of texts %zu",
@@ -105,6 +148,7 @@ constexpr Entry kEntries[] = {
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
      "  union intersection difference          crc md5          detect classify\n"
+     "  find(texts, \"pattern\")   matches   tokens   replace   number join\n"
      "  convert \"file\" \"new file\" encoding\n"
      "  language English|ja           warning on|off|error [identifier]\n"
      "  transcript \"file\"|off         echo on|off\n"
@@ -117,6 +161,7 @@ constexpr Entry kEntries[] = {
      "  sum mean median min max std count length unique sort\n"
      "  abs sqrt exp log log10 sin cos floor ceil round where range\n"
      "  union intersection difference          crc md5          detect classify\n"
+     "  find(文字列, \"パターン\")   matches   tokens   replace   number join\n"
      "  convert \"ファイル\" \"新ファイル\" 文字コード\n"
      "  language English|ja           warning on|off|error [識別子]\n"
      "  transcript \"ファイル\"|off     echo on|off\n"
@@ -167,6 +212,14 @@ void change_language(const char* name) {
     int32_t status = 0;
     ut_change_language(&status, utGetMessageContext(), name);
     if (status != 0) raise(Message::unknown_language, name);
+}
+
+void format(char* buffer, size_t size, Message message, ...) {
+    va_list arguments;
+    va_start(arguments, message);
+    if (ut_vsprintm(utGetMessageContext(), buffer, size, code(message), arguments) < 0 && size > 0)
+        buffer[0] = '\0';
+    va_end(arguments);
 }
 
 void say(Message message, ...) {

@@ -30,6 +30,9 @@ enum class Message : uint32_t {
     no_values,
     bad_count,
     needs_text,
+    needs_texts,
+    needs_one_value,
+    expressions_nested,
     not_whole,
     reserved_name,
     command_usage,
@@ -46,6 +49,29 @@ enum class Message : uint32_t {
     division_by_zero,
     outside_domain,
     missing_cells,
+    pattern,
+    pattern_text,
+    unmatched_parenthesis,
+    unmatched_bracket,
+    unmatched_brace,
+    bad_quantifier,
+    unbound_range,
+    word_break_in_set,
+    escaped_character,
+    last_backslash,
+    braced_no_character,
+    braced_too_long,
+    bad_backreference,
+    bad_token_name,
+    nested_token_name,
+    unbounded_lookbehind,
+    no_condition,
+    bad_condition,
+    unknown_extension,
+    unknown_mode_flag,
+    repeated_negation,
+    evaluation_disabled,
+    unknown_template,
     error,
     error_line,
     loaded,
@@ -85,6 +111,9 @@ template <class... Arguments>
 void warn(Message message, Arguments... arguments) {
     ut_warning(utGetWarningContext(), code(message), arguments...);
 }
+
+// Writes a message of this table into a buffer, cut to fit.
+void format(char* buffer, size_t size, Message message, ...);
 
 // Prints a message of this table and a newline to the console.
 void say(Message message, ...);

@@ -61,6 +61,7 @@ class Parser {
         : lexer_(rest), program_(program), token_(lexer_.next()) {}
 
     void statement();
+    void value();
     void group();
 
   private:
@@ -68,6 +69,7 @@ class Parser {
     [[noreturn]] void unexpected() const;
     void expect(const char* symbol);
 
+    const char* assigned_expression();
     void labelled_expression();
     void expression(int precedence);
     void unary();
@@ -109,7 +111,8 @@ Instruction& Parser::emit(Operation operation, size_t count) {
     return program_.back();
 }
 
-void Parser::statement() {
+// Returns the name that the value is to be given to, or null.
+const char* Parser::assigned_expression() {
     const char* target = nullptr;
     if (token_.type == TokenType::name) {
         const Token name = token_;
@@ -125,7 +128,19 @@ void Parser::statement() {
     }
     expression(0);
     if (token_.type != TokenType::end) unexpected();
+    return target;
+}
+
+void Parser::statement() {
+    const char* target = assigned_expression();
     emit(target != nullptr ? Operation::store : Operation::print).text = target;
+}
+
+void Parser::value() {
+    const char* target = assigned_expression();
+    if (target == nullptr) return;
+    emit(Operation::store).text = target;
+    emit(Operation::name).text = target;
 }
 
 // An expression, and before it a text that is its own spelling.
@@ -281,6 +296,8 @@ void Parser::vector() {
 }  // namespace
 
 void parse(const Lexer& rest, Program& program) { Parser(rest, program).statement(); }
+
+void parse_value(const Lexer& rest, Program& program) { Parser(rest, program).value(); }
 
 void parse_group(const Lexer& rest, Program& program) { Parser(rest, program).group(); }
 

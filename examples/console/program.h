@@ -48,6 +48,9 @@ class Lexer;
 // the syntax errors, UNKNOWN_FUNCTION, WRONG_ARGUMENTS and OUT_OF_MEMORY.
 void parse(const Lexer& rest, Program& program);
 
+// The same for an expression or assignment in a pattern or template: its value stays on the stack.
+void parse_value(const Lexer& rest, Program& program);
+
 // The same for what follows "group": EXPRESSION { "," EXPRESSION } "by" EXPRESSION.
 void parse_group(const Lexer& rest, Program& program);
 

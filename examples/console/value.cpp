@@ -2,6 +2,7 @@
 #include "value.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include <qxut/util/contexts.h>
@@ -101,6 +102,11 @@ NumberText::NumberText(double number) {
     // What the processor makes of 0/0 has its sign bit set; that of a NaN means nothing here.
     if (std::isnan(number)) number = std::numeric_limits<double>::quiet_NaN();
     ut_g_fmt(utGetFpcContext(), text, sizeof text, number);
+}
+
+ShortText::ShortText(double number) : NumberText(number) {
+    const size_t length = std::strlen(text);
+    if (length > 2 && std::strcmp(text + length - 2, ".0") == 0) text[length - 2] = '\0';
 }
 
 }  // namespace console

@@ -77,6 +77,11 @@ struct NumberText {
     explicit NumberText(double number);
 };
 
+// The same as a part of a text: "3" rather than "3.0".
+struct ShortText : NumberText {
+    explicit ShortText(double number);
+};
+
 }  // namespace console
 
 #endif

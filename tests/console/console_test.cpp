@@ -355,7 +355,9 @@ TEST(Console, SurvivesAnyMemoryLimit) {
     const std::string statements =
         "x = range(1, 1000)\nload \"gaps.csv\"\nsort(x * 2)\n[x x]\nunique(c)\nwho\n"
         "group x, -x by floor(x / 9)\nlength(union(x, 2 * x))\ncrc(\"gaps.csv\")\n"
-        "md5(\"gaps.csv\")\nlanguage ja\nnothing\nwarning off division_by_zero\n1/0\n\"done\"";
+        "md5(\"gaps.csv\")\nfind(c, \"\\w+[a-]\")\n"
+        "replace(\"a12b\", '(\\d)(??[a)?', '${join($1, number($1) + 1)}')\nlanguage "
+        "ja\nnothing\nwarning off division_by_zero\n1/0\n\"done\"";
     int done = 0;
     for (size_t limit = 500; limit < 450000; limit += limit < 60000 ? 1500 : 26000) {
         const Result result = run({"--memory-limit", std::to_string(limit), "-e", statements});
