@@ -1,27 +1,34 @@
 #!/usr/bin/env python3
-"""embedding_test.py ROOT PROGRAM: the embedding guide's excerpts are code, and the code works.
+"""embedding_test.py ROOT HOST EXPRESSIONS: the embedding guide's excerpts are code, and it works.
 
-Every C block of docs/embedding.md must stand word for word in examples/embedding/host.c, and the
-program built from that file must answer session.txt with expected.txt and leak nothing.
+Every C and C++ block of docs/embedding.md must stand word for word in examples/embedding/host.c or
+expressions.cpp, and the programs built from them must answer their input with what is expected.
+The programs leak nothing under a sanitizer.
 """
 import pathlib
 import re
 import subprocess
 import sys
 
-root, program = pathlib.Path(sys.argv[1]), sys.argv[2]
+root, host, expressions = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3]
 example = root / "examples" / "embedding"
-source = (example / "host.c").read_text()
 guide = (root / "docs" / "embedding.md").read_text()
+failed = False
 
-blocks = re.findall(r"^```c\n(.*?)^```$", guide, re.MULTILINE | re.DOTALL)
-stale = [block for block in blocks if block not in source]
-for block in stale:
-    print(f"docs/embedding.md: not in host.c:\n{block}")
+for language, name in [("c", "host.c"), ("cpp", "expressions.cpp")]:
+    source = (example / name).read_text()
+    blocks = re.findall(r"^```" + language + r"\n(.*?)^```$", guide, re.MULTILINE | re.DOTALL)
+    failed |= not blocks
+    for block in blocks:
+        if block not in source:
+            print(f"docs/embedding.md: not in {name}:\n{block}")
+            failed = True
 
-run = subprocess.run([program], stdin=(example / "session.txt").open(), capture_output=True, text=True)
-expected = (example / "expected.txt").read_text()
-if run.stdout != expected or run.stderr or run.returncode != 1:
-    print(f"status {run.returncode}\n--- printed\n{run.stdout}--- expected\n{expected}--- errors\n{run.stderr}")
-    sys.exit(1)
-sys.exit(1 if stale or not blocks else 0)
+for program, given, answer, status in [(host, "session.txt", "expected.txt", 1),
+                                       (expressions, "expressions_input.txt", "expressions_expected.txt", 0)]:
+    run = subprocess.run([program], stdin=(example / given).open(), capture_output=True, text=True)
+    expected = (example / answer).read_text()
+    if run.stdout != expected or run.stderr or run.returncode != status:
+        print(f"status {run.returncode}\n--- printed\n{run.stdout}--- expected\n{expected}--- errors\n{run.stderr}")
+        failed = True
+sys.exit(1 if failed else 0)
