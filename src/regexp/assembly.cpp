@@ -53,6 +53,7 @@ Fragment Assembly::open_fragment_of(const RE_Node& node) {
 
 void Assembly::loosen(Fragment& fragment, NodeId id, LinkKind kind) {
     const auto entry = static_cast<uint32_t>(loose_.size());
+    if (loose_.capacity() == 0) loose_.reserve(16);
     loose_.push_back({id, kind, kNone});
     (fragment.last_loose == kNone ? fragment.loose : loose_[fragment.last_loose].next) = entry;
     fragment.last_loose = entry;
@@ -105,13 +106,17 @@ void Assembly::append(Fragment& whole, const Fragment& part) noexcept {
 }
 
 void Assembly::finish(const Fragment& whole) {
+    pattern_.first = {&node(whole.first), 0, whole.enters};
+    // The order of making is the order of the list where no quantifier stood in front of its atom.
+    NodeId made = 0;
+    while (made < whole.last && after_[made] == made + 1) ++made;
+    if (whole.first == 0 && made == whole.last && whole.size == pattern_.nodes.size()) return;
     Vector<std::unique_ptr<RE_Node>> ordered;
     ordered.reserve(whole.size);
     for (NodeId id = whole.first; id != kNone; id = id == whole.last ? kNone : after_[id]) {
         ordered.push_back(std::move(pattern_.nodes[id]));
         ordered.back()->index = static_cast<uint32_t>(ordered.size() - 1);
     }
-    pattern_.first = {ordered.front().get(), 0, whole.enters};
     pattern_.nodes.swap(ordered);
 }
 

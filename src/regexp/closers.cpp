@@ -6,8 +6,16 @@
 #include "regexp/closers.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace qxut::regexp {
+
+// A pattern without bars is asked for none, and most have no set: their tables are not made.
+Closers::Closers(const Source& source) noexcept : source_(source) {
+    const std::u16string_view text(source.text, source.length);
+    has_bars_ = text.find(u'|') != text.npos;
+    has_brackets_ = text.find(u'[') != text.npos;
+}
 
 bool Closers::is_comment(size_t opener) const noexcept {
     return opener + 2 < source_.length && source_.text[opener + 1] == u'?' &&
@@ -34,7 +42,7 @@ void Closers::read_brackets() {
 const Vector<Closers::Ahead>& Closers::read_level(bool free_spacing) {
     Vector<Ahead>& ahead = levels_[free_spacing ? 1 : 0];
     if (!ahead.empty()) return ahead;
-    if (brackets_.empty()) read_brackets();
+    if (has_brackets_ && brackets_.empty()) read_brackets();
     const Vector<Ahead>* plain = free_spacing ? &read_level(false) : nullptr;
     const size_t length = source_.length;
     const auto end = static_cast<uint32_t>(length);
@@ -87,6 +95,7 @@ size_t Closers::bracket(size_t opener) {
 }
 
 size_t Closers::bar(size_t position, size_t end, bool free_spacing) {
+    if (!has_bars_) return end;
     const Vector<Ahead>& ahead = read_level(free_spacing);
     while (position < end) {
         position = ahead[position].stop;

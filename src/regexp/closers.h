@@ -25,7 +25,7 @@ class Closers {
     static constexpr size_t kMostUnits = UINT32_MAX - 8;
 
     // `source` must outlive it and have at most kMostUnits.
-    explicit Closers(const Source& source) noexcept : source_(source) {}
+    explicit Closers(const Source& source) noexcept;
 
     // The ')' that closes the '(' at `opener`, the ']' that closes the '['; the source's length or
     // more where there is none. A (?#...) is read without free spacing. Throws std::bad_alloc.
@@ -46,6 +46,8 @@ class Closers {
     const Vector<Ahead>& read_level(bool free_spacing);
 
     const Source& source_;
+    bool has_bars_;
+    bool has_brackets_;
     Vector<Ahead> levels_[2];  // without and with free spacing; empty until it is asked for
     Vector<uint32_t> brackets_;
 };

@@ -181,6 +181,7 @@ void Parser::add_to_run(char32_t c, size_t position, size_t end) {
     }
     if (run_characters_ > 0 && run_ignores_case_ != ignores_case()) flush_run();
     if (run_characters_ == 0) {
+        if (run_.capacity() == 0) run_.reserve(32);
         run_begin_ = position;
         run_end_ = position;
         run_ignores_case_ = ignores_case();
