@@ -8,6 +8,9 @@
 //
 // Entry: lower_choices. Tested by tests/regexp/program_test.cpp, and by the comparison with plain
 // searches, which look at none of this.
+#include <algorithm>
+#include <bit>
+
 #include "regexp/lowering.h"
 
 namespace qxut::regexp {
@@ -19,6 +22,9 @@ constexpr size_t kMostChoices = 4096;
 constexpr size_t kMostPasses = 6;
 
 constexpr size_t kMostConsumers = 6;
+
+constexpr uint32_t kRows = Choice::kEnd + 1;
+constexpr uint32_t kMostMasked = 64;
 
 struct First {
     Filter filter;
@@ -100,6 +106,9 @@ class ChoiceLowering {
     bool may_take(const Loop& loop, uint32_t consumer) const;
     void choose(Instruction& in);
     void fill(Choice& choice);
+    bool fill_masked(Choice& choice);
+    bool fill_long(Choice& choice);
+    bool add_row(const Choice& choice, const Vector<uint32_t>& row, uint16_t& offset);
     bool passes(uint32_t way, uint32_t row) const;
 
     Program& program_;
@@ -330,14 +339,75 @@ bool ChoiceLowering::passes(uint32_t way, uint32_t row) const {
     return filter.passes(static_cast<char16_t>(row));
 }
 
-// The rows; equal ones are one. A choice whose rows are too long keeps the one with all ways.
+// The rows; equal ones are one. A choice whose rows are too long keeps the one with all ways. Up to
+// kMostMasked ways a row is told by one word, beyond by what is in it.
 void ChoiceLowering::fill(Choice& choice) {
     choice.first = static_cast<uint32_t>(program_.targets.size());
+    const bool fits = choice.way_count <= kMostMasked ? fill_masked(choice) : fill_long(choice);
+    if (fits) return;
+    program_.targets.resize(choice.first);
+    choice.first = choice.ways;
+    for (uint16_t& offset : choice.rows) offset = 0;
+}
+
+// Puts a row behind the others; false where there is no place any more.
+bool ChoiceLowering::add_row(const Choice& choice, const Vector<uint32_t>& row, uint16_t& offset) {
+    const size_t length = program_.targets.size() - choice.first;
+    if (length > UINT16_MAX) return false;
+    offset = static_cast<uint16_t>(length);
+    program_.targets.insert(program_.targets.end(), row.begin(), row.end());
+    program_.targets.push_back(kNoWay);
+    return true;
+}
+
+bool ChoiceLowering::fill_masked(Choice& choice) {
+    uint64_t masks[kRows] = {};
+    for (uint32_t k = 0; k < choice.way_count; ++k) {
+        const uint32_t way = program_.targets[choice.ways + k];
+        if (way == kNoWay) continue;
+        const uint64_t bit = uint64_t{1} << k;
+        const Filter& filter = first_[way].filter;
+        for (uint32_t word = 0; word < 4; ++word) {
+            for (uint64_t bits = filter.low[word]; bits != 0; bits &= bits - 1)
+                masks[word * 64 + static_cast<uint32_t>(std::countr_zero(bits))] |= bit;
+        }
+        if (filter.has_other) masks[Choice::kOther] |= bit;
+        if (filter.holds_at_end) masks[Choice::kEnd] |= bit;
+    }
+    struct Known {
+        uint64_t mask;
+        uint16_t offset;
+    };
+    Vector<Known> known;
+    Vector<uint32_t> row;
+    for (uint32_t i = 0; i < kRows; ++i) {
+        if (i > 0 && masks[i] == masks[i - 1]) {
+            choice.rows[i] = choice.rows[i - 1];
+            continue;
+        }
+        const auto found = std::find_if(known.begin(), known.end(),
+                                        [&](const Known& k) { return k.mask == masks[i]; });
+        if (found != known.end()) {
+            choice.rows[i] = found->offset;
+            continue;
+        }
+        row.clear();
+        for (uint64_t bits = masks[i]; bits != 0; bits &= bits - 1) {
+            row.push_back(
+                program_.targets[choice.ways + static_cast<uint32_t>(std::countr_zero(bits))]);
+        }
+        if (!add_row(choice, row, choice.rows[i])) return false;
+        known.push_back({masks[i], choice.rows[i]});
+    }
+    return true;
+}
+
+bool ChoiceLowering::fill_long(Choice& choice) {
     std::map<Vector<uint32_t>, uint16_t, std::less<>,
              Allocator<std::pair<const Vector<uint32_t>, uint16_t>>>
         known;
     Vector<uint32_t> row;
-    for (uint32_t i = 0; i < 258; ++i) {
+    for (uint32_t i = 0; i < kRows; ++i) {
         row.clear();
         for (uint32_t k = 0; k < choice.way_count; ++k) {
             const uint32_t way = program_.targets[choice.ways + k];
@@ -346,29 +416,22 @@ void ChoiceLowering::fill(Choice& choice) {
         const auto found = known.find(row);
         if (found != known.end()) {
             choice.rows[i] = found->second;
-            continue;
+        } else if (add_row(choice, row, choice.rows[i])) {
+            known.emplace(row, choice.rows[i]);
+        } else {
+            return false;
         }
-        const size_t length = program_.targets.size() - choice.first;
-        if (length > UINT16_MAX) {
-            program_.targets.resize(choice.first);
-            choice.first = choice.ways;
-            for (uint16_t& offset : choice.rows) offset = 0;
-            return;
-        }
-        const auto offset = static_cast<uint16_t>(length);
-        program_.targets.insert(program_.targets.end(), row.begin(), row.end());
-        program_.targets.push_back(kNoWay);
-        known.emplace(row, offset);
-        choice.rows[i] = offset;
     }
+    return true;
 }
 
 // A split of which some unit leaves one way at most is a choice of two.
 void ChoiceLowering::choose(Instruction& in) {
     if (in.next == kNoWay || in.alt == kNoWay) return;
-    bool is_useful = false;
-    for (uint32_t i = 0; i < 258 && !is_useful; ++i)
-        is_useful = !passes(in.next, i) || !passes(in.alt, i);
+    const Filter& next = first_[in.next].filter;
+    const Filter& alt = first_[in.alt].filter;
+    bool is_useful = !next.has_other || !alt.has_other || !next.holds_at_end || !alt.holds_at_end;
+    for (int i = 0; i < 4; ++i) is_useful = is_useful || ~(next.low[i] & alt.low[i]) != 0;
     if (!is_useful) return;
     Choice choice;
     choice.ways = static_cast<uint32_t>(program_.targets.size());
