@@ -11,7 +11,7 @@ namespace qxut::regexp {
 
 // What a run has parsed so far. A text is parsed once with the same flags, so its warnings come
 // once.
-class DynamicPrograms {
+class DynamicPrograms : public RE_Memory {
   public:
     // `outer` is the program around it, whose tokens the text refers to. Throws what parsing does.
     const Program& program_of(const char16_t* text, size_t length, RE_Flags flags,

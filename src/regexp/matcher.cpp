@@ -5,6 +5,7 @@
 #include "regexp/matcher.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <qxut/util/heap.h>
 #include <qxut/util/interrupt.h>
@@ -25,45 +26,65 @@ constexpr uint64_t kStepsBeforeRecording = 512;
 constexpr uint64_t kStepsOfUnit = 16;
 constexpr TokenState kUnsetToken{kUnset, kUnset, kUnset};
 
+// One of the thread's scratches for the length of a scope.
+class ScratchUse {
+  public:
+    ScratchUse() : scratch_(acquire_scratch()) {}
+    ~ScratchUse() { release_scratch(scratch_); }
+    ScratchUse(const ScratchUse&) = delete;
+    ScratchUse& operator=(const ScratchUse&) = delete;
+    Scratch& get() const noexcept { return *scratch_; }
+
+  private:
+    Scratch* scratch_;
+};
+
 }  // namespace
 
-Backtracker::Backtracker(SearchRequest& request, Scratch& scratch)
-    : request_(request),
-      scratch_(scratch),
+Backtracker::Backtracker(const SearchRequest& request, Scratch& scratch, Records* records)
+    : scratch_(scratch),
       limits_(resolve_limits(request.limits, request.length, request.program->code.size())),
       text_(request.text),
       end_(request.text + request.length),
       program_(request.program),
-      records_(request.iteration != nullptr ? &request.iteration->records : &scratch.records),
+      records_(records != nullptr ? records : &scratch.records),
       is_plain_(request.plain),
-      allows_records_(request.program->records_failures && !request.plain),
-      furthest_(request.start) {
-    if (request.iteration != nullptr) used_ = used_before_ = request.iteration->steps;
-    if (scratch.entries == nullptr) {
-        scratch.entries = static_cast<Entry*>(utMalloc(kFirstEntries * sizeof(Entry)));
-        if (scratch.entries == nullptr) fail_memory();
-        scratch.capacity = kFirstEntries;
+      allows_records_(request.program->records_failures && !request.plain) {}
+
+void Backtracker::begin(SearchRequest& request) {
+    request_ = &request;
+    if (scratch_.entries == nullptr) {
+        scratch_.entries = static_cast<Entry*>(utMalloc(kFirstEntries * sizeof(Entry)));
+        if (scratch_.entries == nullptr) fail_memory();
+        scratch_.capacity = kFirstEntries;
     }
-    scratch.entries[0] = {Entry::Kind::bottom, 0, 0, 0};
-    stack_limit_ = scratch.entries + scratch.capacity;
-    scratch.tokens.assign(size_t{program_->token_count} + 1, kUnsetToken);
-    scratch.registers.resize(program_->register_count);
-    scratch.frames.clear();
-    scratch.frames.push_back({program_, 0, kNoWay, 0, 0});
+    scratch_.entries[0] = {Entry::Kind::bottom, 0, 0, 0};
+    stack_limit_ = scratch_.entries + scratch_.capacity;
+    const Program& program = *request.program;
+    const size_t tokens = size_t{program.token_count} + 1;
+    if (scratch_.tokens.size() != tokens) scratch_.tokens.resize(tokens);
+    if (has_set_tokens_) unset_tokens();
+    if (scratch_.registers.size() != program.register_count)
+        scratch_.registers.resize(program.register_count);
+    if (scratch_.frames.size() != 1) scratch_.frames.resize(1);
+    scratch_.frames.front() = {&program, 0, kNoWay, 0, 0};
     use_frame(0);
+    used_before_ = used_ + static_cast<uint64_t>(int64_t{quantum_} - countdown_);
+    furthest_ = request.start;
+    reached_end_ = false;
     is_recording_ = allows_records_ && request.records_at_once;
+    is_running_ = true;
 }
 
-Backtracker::~Backtracker() {
-    request_.steps_used = used_ + static_cast<uint64_t>(int64_t{quantum_} - countdown_);
-    request_.reached_end = reached_end_;
-    Iteration* const iteration = request_.iteration;
-    if (iteration == nullptr) return;
-    iteration->steps = request_.steps_used;
-    if (!is_recording_) return;
-    // What a recorded failure has spared may have been a look at the end.
-    iteration->has_reached_end = iteration->has_reached_end || reached_end_;
-    request_.reached_end = iteration->has_reached_end;
+void Backtracker::end() noexcept {
+    is_running_ = false;
+    if (is_recording_) {
+        records_reached_end_ = records_reached_end_ || reached_end_;
+        reached_end_ = records_reached_end_;
+    }
+    request_->steps_used = used_ + static_cast<uint64_t>(int64_t{quantum_} - countdown_);
+    request_->reached_end = reached_end_;
+    scratch_.trim();
 }
 
 void Backtracker::use_frame(uint32_t frame) {
@@ -78,11 +99,11 @@ int32_t Backtracker::poll(const char16_t* position, int32_t countdown) {
     countdown_ = 0;
     const size_t place = offset(position);
     if (used_ > limits_.steps) fail_step_limit(limits_.steps, place);
-    if (request_.cancel != nullptr && request_.cancel->load(std::memory_order_relaxed))
+    if (request_->cancel != nullptr && request_->cancel->load(std::memory_order_relaxed))
         fail_interrupt();
     if (utTakeInterrupt()) fail_interrupt();
     furthest_ = std::max(furthest_, place);
-    const uint64_t allowed = kStepsBeforeRecording + kStepsOfUnit * (furthest_ - request_.start);
+    const uint64_t allowed = kStepsBeforeRecording + kStepsOfUnit * (furthest_ - request_->start);
     if (allows_records_ && used_ - used_before_ > allowed) is_recording_ = true;
     const uint64_t left = limits_.steps - used_;
     quantum_ = left < kStepsBetweenPolls ? static_cast<int32_t>(left) + 1 : kStepsBetweenPolls;
@@ -91,7 +112,7 @@ int32_t Backtracker::poll(const char16_t* position, int32_t countdown) {
 }
 
 void Backtracker::poll_seeking() const {
-    if (request_.cancel != nullptr && request_.cancel->load(std::memory_order_relaxed))
+    if (request_->cancel != nullptr && request_->cancel->load(std::memory_order_relaxed))
         fail_interrupt();
     if (utTakeInterrupt()) fail_interrupt();
 }
@@ -116,11 +137,13 @@ Entry* Backtracker::grow(Entry* top, const char16_t* position) {
     return scratch_.entries + height;
 }
 
+void Backtracker::unset_tokens() {
+    for (TokenState& token : scratch_.tokens) token = kUnsetToken;
+    has_set_tokens_ = false;
+}
+
 bool Backtracker::attempt(size_t start) {
-    if (has_set_tokens_) {
-        std::fill(scratch_.tokens.begin(), scratch_.tokens.end(), kUnsetToken);
-        has_set_tokens_ = false;
-    }
+    if (has_set_tokens_) unset_tokens();
     attempt_ = start;
     return run(text_ + start);
 }
@@ -135,23 +158,19 @@ void Backtracker::take_extents(size_t* extents) const {
     }
 }
 
-Iteration* new_iteration(uint64_t steps_used) {
-    auto* const iteration = require(new Iteration);
-    iteration->steps = steps_used;
-    return iteration;
-}
+Iteration* new_iteration(uint64_t steps_used) { return require(new Iteration(steps_used)); }
 
 void delete_iteration(Iteration* iteration) noexcept { delete iteration; }
 
-bool search(SearchRequest& request, size_t* extents) {
-    const ScratchUse scratch;
-    Backtracker backtracker(request, scratch.get());
+namespace {
+
+// Tries the starts.
+bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extents) {
     const auto found = [&](size_t start) {
         if (!backtracker.attempt(start)) return false;
         backtracker.take_extents(extents);
         return true;
     };
-    if (request.start > request.length) return false;
     if (request.anchored) return found(request.start);
     if (request.starts == nullptr || request.plain) {
         const char16_t* const end = request.text + request.length;
@@ -173,6 +192,33 @@ bool search(SearchRequest& request, size_t* extents) {
     }
     backtracker.note_end();
     return false;
+}
+
+bool search_with(Backtracker& backtracker, SearchRequest& request, size_t* extents) {
+    backtracker.begin(request);
+    const struct Ended {
+        Backtracker& backtracker;
+        ~Ended() { backtracker.end(); }
+    } ended{backtracker};
+    return find_match(backtracker, request, extents);
+}
+
+}  // namespace
+
+bool search(SearchRequest& request, size_t* extents) {
+    if (request.start > request.length) return false;
+    Iteration* const iteration = request.iteration;
+    if (iteration == nullptr || (iteration->backtracker && iteration->backtracker->is_running())) {
+        const ScratchUse scratch;
+        Backtracker backtracker(request, scratch.get(), nullptr);
+        return search_with(backtracker, request, extents);
+    }
+    if (!iteration->backtracker) {
+        if (iteration->scratch == nullptr) iteration->scratch = acquire_scratch();
+        iteration->backtracker.emplace(request, *iteration->scratch, &iteration->records);
+        iteration->backtracker->add_steps(iteration->steps_before);
+    }
+    return search_with(*iteration->backtracker, request, extents);
 }
 
 }  // namespace qxut::regexp

@@ -34,13 +34,13 @@ Vector<RE_Evaluation_Input> Backtracker::inputs() const {
 
 // What the host prepared; of the outermost pattern only.
 void* Backtracker::function_of(const RE_Text& text) const {
-    return frame_ == 0 && request_.functions != nullptr ? request_.functions[text.id] : nullptr;
+    return frame_ == 0 && request_->functions != nullptr ? request_->functions[text.id] : nullptr;
 }
 
 bool Backtracker::evaluate(State& state) {
     const Instruction& in = program_->code[state.pc];
     const RE_Text& text = program_->texts[in.arg];
-    if (request_.context == nullptr) return false;
+    if (request_->context == nullptr) return false;
     const Vector<RE_Evaluation_Input> list = inputs();
     const RE_Evaluation_Inputs seen(list.data(), list.size());
     const bool is_condition = in.op == Op::evaluate_condition;
@@ -48,9 +48,9 @@ bool Backtracker::evaluate(State& state) {
                         text.length, seen);
     io.function = function_of(text);
     io.subject = text_;
-    io.subject_length = request_.length;
+    io.subject_length = request_->length;
     io.position = offset(state.position);
-    if (!request_.context->evaluate_string(io)) return false;
+    if (!request_->context->evaluate_string(io)) return false;
     state.pc = !is_condition || io.truth() ? in.next : in.alt;
     return state.pc != kNoWay;
 }
@@ -61,24 +61,24 @@ bool Backtracker::enter_dynamic(State& state) {
     const size_t depth = scratch_.frames[frame_].depth + size_t{1};
     if (depth > limits_.dynamic_depth)
         fail_depth_limit(limits_.dynamic_depth, offset(state.position));
-    DynamicPrograms& programs = request_.iteration != nullptr ? request_.iteration->dynamic_programs
-                                                              : own_dynamic_programs_;
+    if (dynamic_programs_ == nullptr) dynamic_programs_.reset(require(new DynamicPrograms));
+    DynamicPrograms& programs = *dynamic_programs_;
     const Program& outermost = *scratch_.frames[0].program;
     const Program* entered = nullptr;
     if (in.op == Op::parse_dynamic) {
         entered =
-            &programs.program_of(text.text, text.length, text.flags, request_.context, outermost);
+            &programs.program_of(text.text, text.length, text.flags, request_->context, outermost);
     } else {
-        if (request_.context == nullptr) return false;
+        if (request_->context == nullptr) return false;
         const Vector<RE_Evaluation_Input> list = inputs();
         const RE_Evaluation_Inputs seen(list.data(), list.size());
         RE_Evaluation_IO io(RE_EVALUATE_PATTERN, text.text, text.length, seen);
         io.function = function_of(text);
         io.subject = text_;
-        io.subject_length = request_.length;
+        io.subject_length = request_->length;
         io.position = offset(state.position);
-        if (!request_.context->evaluate_string(io)) return false;
-        entered = &programs.program_of(io.text(), io.text_length(), text.flags, request_.context,
+        if (!request_->context->evaluate_string(io)) return false;
+        entered = &programs.program_of(io.text(), io.text_length(), text.flags, request_->context,
                                        outermost);
     }
     const size_t registers = scratch_.registers.size();

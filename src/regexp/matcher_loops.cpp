@@ -12,19 +12,46 @@
 #include <algorithm>
 
 #include "regexp/matcher_run.h"
+#include "regexp/wide_search.h"
 
 namespace qxut::regexp {
+
+namespace {
+
+// The first place in [p, end) with a unit that is not taken. The usual run is short.
+template <class Takes>
+const char16_t* behind_units(const char16_t* p, const char16_t* end, Takes takes) {
+    while (p != end && takes(*p)) ++p;
+    return p;
+}
+
+constexpr ptrdiff_t kShortRun = 16;
+constexpr UnitSet kNewline = [] {
+    UnitSet set;
+    set.by_ranges = true;
+    set.range_count = 1;
+    set.first[0] = set.last[0] = u'\n';
+    return set;
+}();
+
+const char16_t* behind_line(const char16_t* p, const char16_t* end) {
+    const char16_t* const near = end - p > kShortRun ? p + kShortRun : end;
+    p = behind_units(p, near, [](char16_t unit) { return unit != u'\n'; });
+    if (p != near || p == end) return p;
+    return p + find_in_set(p, 0, static_cast<size_t>(end - p), kNewline);
+}
+
+}  // namespace
 
 // Goes over what the loop takes in [p, end), `room` characters at most, and takes them off.
 const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, const char16_t* end,
                                        uint32_t& room) const {
-    // Characters that are one unit, room being no matter.
+    // Where every character is one unit, the room bounds the units.
     const auto units = [&](auto takes_unit) {
-        const char16_t* const stop =
-            static_cast<size_t>(end - p) <= room ? end : p + static_cast<ptrdiff_t>(room);
         const char16_t* const from = p;
-        while (p != stop && takes_unit(*p)) ++p;
-        if (room != kNoLimit) room -= static_cast<uint32_t>(p - from);
+        if (room == kNoLimit) return behind_units(p, end, takes_unit);
+        p = behind_units(p, static_cast<size_t>(end - p) <= room ? end : p + room, takes_unit);
+        room -= static_cast<uint32_t>(p - from);
         return p;
     };
     const auto characters = [&](auto takes_character) {
@@ -38,31 +65,44 @@ const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, cons
         if (room != kNoLimit) room = left;
         return p;
     };
+    const auto is_low = [&loop](char16_t unit) {
+        return (loop.low[unit / 64] >> unit % 64 & 1) != 0;
+    };
+    switch (loop.units) {
+        case LoopUnits::one:
+            return units([unit = loop.first[0]](char16_t c) { return c == unit; });
+        case LoopUnits::two:
+            return units([&](char16_t c) { return c == loop.first[0] || c == loop.first[1]; });
+        case LoopUnits::low:
+            return units([&](char16_t c) { return c < 256 && is_low(c); });
+        case LoopUnits::ranges:
+            return units([&](char16_t c) {
+                if (c < 256) return is_low(c);
+                return (c >= loop.first[0] && c <= loop.last[0]) ||
+                       (c >= loop.first[1] && c <= loop.last[1]);
+            });
+        case LoopUnits::all:
+            if (room == kNoLimit) return end;
+            return characters([](char32_t) { return true; });
+        case LoopUnits::but_newline:
+            if (room == kNoLimit) return behind_line(p, end);
+            return characters([](char32_t c) { return c != U'\n'; });
+        case LoopUnits::low_or_high:
+            if (room == kNoLimit)
+                return behind_units(p, end, [&](char16_t c) { return c >= 256 || is_low(c); });
+            return characters(
+                [&](char32_t c) { return c >= 256 || is_low(static_cast<char16_t>(c)); });
+        case LoopUnits::characters:
+            break;
+    }
     switch (loop.what) {
         case Op::character:
-            if (loop.arg <= 0xFFFF && !is_surrogate(loop.arg)) {
-                const auto wanted = static_cast<char16_t>(loop.arg);
-                return units([wanted](char16_t unit) { return unit == wanted; });
-            }
             return characters([&](char32_t c) { return c == loop.arg; });
         case Op::either:
             return characters([&](char32_t c) { return c == loop.arg || c == loop.other; });
-        case Op::any:
-            if (room == kNoLimit) return end;
-            return characters([](char32_t) { return true; });
-        case Op::line:
-            if (room == kNoLimit) return units([](char16_t unit) { return unit != u'\n'; });
-            return characters([](char32_t c) { return c != U'\n'; });
-        default: {
-            const CharacterSet& set = program_->sets[loop.arg];
-            if (!set.has_high()) {
-                const auto& low = set.low();
-                return units([&low](char16_t unit) {
-                    return unit < 256 && (low[unit / 64] >> unit % 64 & 1) != 0;
-                });
-            }
-            return characters([&set](char32_t c) { return set.contains(c); });
-        }
+        default:
+            return characters(
+                [&set = program_->sets[loop.arg]](char32_t c) { return set.contains(c); });
     }
 }
 
@@ -96,6 +136,17 @@ inline bool Backtracker::takes(const Loop& loop, const char16_t*& p) {
     const bool has_taken = after != p;
     p = after;
     return has_taken;
+}
+
+// So many characters behind `p`, up to `end`; null when there are not so many.
+inline const char16_t* Backtracker::behind(const char16_t* p, const char16_t* end,
+                                           uint32_t count) const {
+    if (static_cast<size_t>(end - p) < count) return nullptr;
+    for (; count != 0; --count) {
+        if (p == end) return nullptr;
+        p = behind_character(p, end);
+    }
+    return p;
 }
 
 // Behind the characters that the loop must take; null when they are not there.
@@ -160,11 +211,10 @@ const char16_t* Backtracker::scan_recorded(const Loop& loop, uint32_t pc, const 
 bool Backtracker::start_greedy(State& state) {
     const Instruction& in = program_->code[state.pc];
     const Loop& loop = program_->loops[in.arg];
-    const char16_t* const low = behind_least(loop, state.position);
-    if (low == nullptr) return false;
     if (!is_recording_) {
-        const char16_t* const last =
-            scan(loop, low, loop.max == kNoLimit ? kNoLimit : loop.max - loop.min);
+        const char16_t* const last = scan(loop, state.position, loop.max);
+        const char16_t* const low = behind(state.position, last, loop.min);
+        if (low == nullptr) return false;
         const char16_t* const end = give_back(loop, last, low);
         if (end == nullptr) return false;
         if (end != low)
@@ -173,7 +223,8 @@ bool Backtracker::start_greedy(State& state) {
         state.pc = in.next;
         return true;
     }
-    if (has_failed(state.pc, low)) return false;
+    const char16_t* const low = behind_least(loop, state.position);
+    if (low == nullptr || has_failed(state.pc, low)) return false;
     const bool has_limit = loop.max != kNoLimit;
     bool has_met_failure = false;
     const char16_t* const last = has_limit ? scan(loop, low, loop.max - loop.min)
@@ -286,15 +337,17 @@ bool Backtracker::start_possessive(State& state) {
     const Loop& loop = program_->loops[in.arg];
     if (is_plain_ && loop.written != Op::loop_possessive)
         return loop.written == Op::loop_greedy ? start_greedy(state) : start_lazy(state);
-    const char16_t* const low = behind_least(loop, state.position);
-    if (low == nullptr) return false;
-    const char16_t* end = low;
     if (!is_recording_) {
-        if (loop.max != loop.min)
-            end = scan(loop, low, loop.max == kNoLimit ? kNoLimit : loop.max - loop.min);
-    } else if (has_failed(state.pc, low)) {
-        return false;
-    } else if (loop.max != kNoLimit) {
+        const char16_t* const last = scan(loop, state.position, loop.max);
+        if (behind(state.position, last, loop.min) == nullptr) return false;
+        state.position = last;
+        state.pc = in.next;
+        return true;
+    }
+    const char16_t* const low = behind_least(loop, state.position);
+    if (low == nullptr || has_failed(state.pc, low)) return false;
+    const char16_t* end = low;
+    if (loop.max != kNoLimit) {
         end = scan(loop, low, loop.max - loop.min);
         push(state.top, Entry::Kind::failed, state.pc, offset(low), 0, end);
     } else {

@@ -33,7 +33,7 @@ bool Backtracker::point_of(uint32_t pc, size_t position, Records::Point& point) 
             const Region& region = program.regions[scope.arg];
             if (!region.looks_behind || region.is_read_backwards) return true;
             const size_t end = scratch_.entries[registers_[region.reg]].position;
-            return add(end, uint64_t{request_.length} + 1);
+            return add(end, uint64_t{request_->length} + 1);
         }
     }
     return true;

@@ -433,7 +433,7 @@ bool Backtracker::run(const char16_t* const start) {
                     code = program_->code.data();
                     continue;
                 }
-                if (p == start && (request_.not_empty || request_.not_empty_at == position()))
+                if (p == start && (request_->not_empty || request_->not_empty_at == position()))
                     goto fail;
                 countdown_ = countdown;
                 match_start_ = static_cast<size_t>(start - text);

@@ -3,6 +3,7 @@
 #define QXUT_SRC_REGEXP_MATCHER_RUN_H
 
 #include <memory>
+#include <optional>
 
 #include "regexp/characters.h"
 #include "regexp/dynamic.h"
@@ -13,20 +14,18 @@
 
 namespace qxut::regexp {
 
-class Iteration : public RE_Memory {
-  public:
-    uint64_t steps = 0;
-    Records records;
-    bool has_reached_end = false;  // while failures were recorded
-    DynamicPrograms dynamic_programs;
-};
-
 class Backtracker {
   public:
-    Backtracker(SearchRequest& request, Scratch& scratch);
-    ~Backtracker();
+    // `request` says what is searched with what; that stays for all searches. Without `records` the
+    // scratch's are used.
+    Backtracker(const SearchRequest& request, Scratch& scratch, Records* records);
     Backtracker(const Backtracker&) = delete;
     Backtracker& operator=(const Backtracker&) = delete;
+
+    // Before a search, which an error may have ended before: from where, and under what conditions.
+    void begin(SearchRequest& request);
+    // After it, an error or not.
+    void end() noexcept;
 
     // Whether there is a match from `start`. Everything is as before when there is none.
     bool attempt(size_t start);
@@ -35,6 +34,9 @@ class Backtracker {
 
     // The answer depended on where the text ends.
     void note_end() { reached_end_ = true; }
+    bool is_running() const noexcept { return is_running_; }
+    // Takes steps into account that were made elsewhere.
+    void add_steps(uint64_t steps) { used_ += steps; }
 
     // Counts what is no step of the program, units that are gone over, and polls.
     void charge(size_t units, const char16_t* position) {
@@ -54,6 +56,7 @@ class Backtracker {
     };
 
     bool run(const char16_t* start);
+    void unset_tokens();
 
     // Budgets.
     int32_t poll(const char16_t* position, int32_t countdown);
@@ -86,6 +89,7 @@ class Backtracker {
     const char16_t* scan_some(const Loop& loop, const char16_t* p, const char16_t* end,
                               uint32_t& room) const;
     bool takes(const Loop& loop, const char16_t*& p);
+    const char16_t* behind(const char16_t* p, const char16_t* end, uint32_t count) const;
     const char16_t* behind_least(const Loop& loop, const char16_t* p);
     bool may_end_at(const Loop& loop, const char16_t* p);
     const char16_t* give_back(const Loop& loop, const char16_t* from, const char16_t* low);
@@ -116,7 +120,7 @@ class Backtracker {
 
     size_t offset(const char16_t* p) const { return static_cast<size_t>(p - text_); }
 
-    SearchRequest& request_;
+    SearchRequest* request_ = nullptr;
     Scratch& scratch_;
     const RE_Limits limits_;
     const char16_t* const text_;
@@ -130,20 +134,37 @@ class Backtracker {
     bool is_recording_ = false;
     const bool is_plain_;
     bool reached_end_ = false;
-    bool has_set_tokens_ = false;
+    bool records_reached_end_ = false;  // what was recorded may have spared a look at the end
+    bool has_set_tokens_ = true;
+    bool is_running_ = false;
     const bool allows_records_;
     size_t attempt_ = 0;  // its start
 
-    uint64_t used_ = 0;         // steps up to the last poll, those of the iteration among them
-    uint64_t used_before_ = 0;  // by the iteration's earlier searches
+    uint64_t used_ = 0;         // steps of all searches up to the last poll
+    uint64_t used_before_ = 0;  // by the earlier ones
     int32_t quantum_ = 0;       // steps between that poll and the next
     int32_t countdown_ = 0;     // of them, those left
-    size_t furthest_;           // place that a poll has seen
+    size_t furthest_ = 0;       // place that a poll has seen
 
     size_t match_start_ = 0;
     size_t match_end_ = 0;
 
-    DynamicPrograms own_dynamic_programs_;  // of a search without an iteration
+    std::unique_ptr<DynamicPrograms> dynamic_programs_;  // null before there is one
+};
+
+class Iteration : public RE_Memory {
+  public:
+    explicit Iteration(uint64_t steps) : steps_before(steps) {}
+    ~Iteration() {
+        if (scratch != nullptr) release_scratch(scratch);
+    }
+    Iteration(const Iteration&) = delete;
+    Iteration& operator=(const Iteration&) = delete;
+
+    uint64_t steps_before;
+    Records records;
+    Scratch* scratch = nullptr;  // null before the first search
+    std::optional<Backtracker> backtracker;
 };
 
 }  // namespace qxut::regexp

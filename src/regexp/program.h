@@ -107,6 +107,18 @@ struct Instruction {
     uint32_t arg = 0;
 };
 
+// How a loop tells what it takes by one unit.
+enum class LoopUnits : uint8_t {
+    one,          // first[0]
+    two,          // first[0] or first[1]
+    all,          // every unit
+    but_newline,  // every other unit
+    low,          // the bits in `low`; no unit from U+0100 on
+    ranges,       // those bits, and first[i] to last[i]; no surrogates
+    low_or_high,  // those bits, and every unit from U+0100 on
+    characters,   // by whole characters only
+};
+
 // What a single-character loop repeats: an instruction of the first group.
 struct Loop {
     Op what = Op::any;   // character, either, any, line, set
@@ -116,6 +128,10 @@ struct Loop {
     uint32_t max = kNoLimit;
     uint32_t follower = kNoWay;    // of Program::filters: what may follow; kNoWay: anything
     Op written = Op::loop_greedy;  // the instruction before what follows was looked at
+    LoopUnits units = LoopUnits::characters;
+    char16_t first[2] = {};
+    char16_t last[2] = {};
+    uint64_t low[4] = {};
 };
 
 // What units a way on can begin with.

@@ -128,13 +128,11 @@ void put_back(Scratch* top) {
 Scratch::~Scratch() { utFree(entries); }
 
 void Scratch::trim() noexcept {
+    if (!records.is_empty()) records.clear();
     const size_t bytes = capacity * sizeof(Entry) + registers.capacity() * sizeof(size_t) +
                          tokens.capacity() * sizeof(TokenState) +
                          frames.capacity() * sizeof(Frame) + records.bytes();
-    if (bytes <= kMostKept) {
-        records.clear();
-        return;
-    }
+    if (bytes <= kMostKept) return;
     utFree(entries);
     entries = nullptr;
     capacity = 0;
@@ -144,24 +142,20 @@ void Scratch::trim() noexcept {
     records.release();
 }
 
-ScratchUse::ScratchUse() : scratch_(slot.kept.exchange(nullptr, std::memory_order_acq_rel)) {
-    if (scratch_ == closed()) {
+Scratch* acquire_scratch() {
+    Scratch* const top = slot.kept.exchange(nullptr, std::memory_order_acq_rel);
+    if (top == nullptr) return require(new Scratch);
+    if (top == closed()) {
         slot.kept.store(closed(), std::memory_order_release);
-        scratch_ = nullptr;
+        return require(new Scratch);
     }
-    if (scratch_ == nullptr) {
-        scratch_ = require(new Scratch);
-        return;
-    }
-    Scratch* const rest = scratch_->next;
-    scratch_->next = nullptr;
+    Scratch* const rest = top->next;
+    top->next = nullptr;
     if (rest != nullptr) put_back(rest);
+    return top;
 }
 
-ScratchUse::~ScratchUse() {
-    scratch_->trim();
-    put_back(scratch_);
-}
+void release_scratch(Scratch* scratch) noexcept { put_back(scratch); }
 
 void close_thread_scratches() {
     // Where the lock is taken, other threads are still at work: the process ends.

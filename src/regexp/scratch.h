@@ -66,19 +66,11 @@ struct Scratch : RE_Memory {
     void trim() noexcept;
 };
 
-// A scratch of the thread for the length of a scope; a search that is begun inside gets another.
-// Throws std::bad_alloc.
-class ScratchUse {
-  public:
-    ScratchUse();
-    ~ScratchUse();
-    ScratchUse(const ScratchUse&) = delete;
-    ScratchUse& operator=(const ScratchUse&) = delete;
-    Scratch& get() const noexcept { return *scratch_; }
-
-  private:
-    Scratch* scratch_;
-};
+// A scratch of the thread; whoever asks before it is given back gets another. Throws
+// std::bad_alloc.
+Scratch* acquire_scratch();
+// Gives one back, to the thread that calls.
+void release_scratch(Scratch* scratch) noexcept;
 
 }  // namespace qxut::regexp
 
