@@ -16,7 +16,6 @@
 
 #include "regexp/narrow_text.h"
 #include "regexp/tree_parts.h"
-#include "util/builtin_tables.h"
 
 namespace qxut::regexp {
 namespace {
@@ -29,13 +28,7 @@ struct Failure {
 };
 
 [[noreturn]] void raise(const Failure& failure) {
-    _memory_context* const memory = utGetMemoryContext();
-    _error_context* const errors = memory->error_context;
-    const bool is_ours = failure.code >> 16 == regexp_message_table.module;
-    // A record that the host made may not know the messages yet.
-    if (is_ours && ut_get_primary_message(errors->messages, failure.code) == nullptr)
-        ut_mem_add_primary_message_table(memory, &regexp_message_table);
-    ut_error(errors, failure.code, failure.limit, failure.position);
+    ut_error(utGetErrorContext(), failure.code, failure.limit, failure.position);
 }
 
 // Runs what throws; its result, or the failure.

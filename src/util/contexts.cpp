@@ -24,6 +24,7 @@
 #include <qxut/system/termination.hpp>
 #include <qxut/util/contexts.hpp>
 
+#include "util/builtin_tables.h"
 #include "util/cleanup_guard.h"
 #include "util/current.h"
 
@@ -124,6 +125,8 @@ void set_up_raising(_error_context* errors, void* data) {
     ut_initialize_warning_context(&record.warning_context, &record.message_context, errors,
                                   &record.memory_context, setup.warning_print,
                                   setup.warning_print_data);
+    // The other modules register theirs with their contexts; regular expressions have none.
+    ut_mem_add_primary_message_table(&record.memory_context, &regexp_message_table);
 }
 
 int keep_error_text(_error_context* errors, void* data, ut_message_code code, va_list arguments) {
