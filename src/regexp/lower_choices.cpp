@@ -362,12 +362,14 @@ bool ChoiceLowering::add_row(const Choice& choice, const Vector<uint32_t>& row, 
 
 bool ChoiceLowering::fill_masked(Choice& choice) {
     uint64_t masks[kRows] = {};
+    Filter any;
     for (uint32_t k = 0; k < choice.way_count; ++k) {
         const uint32_t way = program_.targets[choice.ways + k];
         if (way == kNoWay) continue;
         const uint64_t bit = uint64_t{1} << k;
         const Filter& filter = first_[way].filter;
         for (uint32_t word = 0; word < 4; ++word) {
+            any.low[word] |= filter.low[word];
             for (uint64_t bits = filter.low[word]; bits != 0; bits &= bits - 1)
                 masks[word * 64 + static_cast<uint32_t>(std::countr_zero(bits))] |= bit;
         }
@@ -380,16 +382,21 @@ bool ChoiceLowering::fill_masked(Choice& choice) {
     };
     Vector<Known> known;
     Vector<uint32_t> row;
-    for (uint32_t i = 0; i < kRows; ++i) {
+    // Most units begin no way: theirs is the empty row, which comes first.
+    uint16_t offset = 0;
+    if (!add_row(choice, row, offset)) return false;
+    for (uint16_t& of_row : choice.rows) of_row = offset;
+    known.push_back({0, offset});
+    const auto set = [&](uint32_t i) {
         if (i > 0 && masks[i] == masks[i - 1]) {
             choice.rows[i] = choice.rows[i - 1];
-            continue;
+            return true;
         }
         const auto found = std::find_if(known.begin(), known.end(),
                                         [&](const Known& k) { return k.mask == masks[i]; });
         if (found != known.end()) {
             choice.rows[i] = found->offset;
-            continue;
+            return true;
         }
         row.clear();
         for (uint64_t bits = masks[i]; bits != 0; bits &= bits - 1) {
@@ -398,8 +405,14 @@ bool ChoiceLowering::fill_masked(Choice& choice) {
         }
         if (!add_row(choice, row, choice.rows[i])) return false;
         known.push_back({masks[i], choice.rows[i]});
+        return true;
+    };
+    for (uint32_t word = 0; word < 4; ++word) {
+        for (uint64_t bits = any.low[word]; bits != 0; bits &= bits - 1) {
+            if (!set(word * 64 + static_cast<uint32_t>(std::countr_zero(bits)))) return false;
+        }
     }
-    return true;
+    return set(Choice::kOther) && set(Choice::kEnd);
 }
 
 bool ChoiceLowering::fill_long(Choice& choice) {
