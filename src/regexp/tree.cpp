@@ -147,6 +147,10 @@ SearchRequest RE_Tree::Parts::request(const char16_t* text, size_t length, size_
         request.plain = (info->flags & kPlainSearch) != 0;
         request.limits = info->limits;
         request.cancel = info->cancel;
+        if (info->context != nullptr) {
+            request.context = info->context;
+            request.functions = nullptr;
+        }
     }
     return request;
 }

@@ -8,11 +8,13 @@
 #include <qxut/regexp/exception.hpp>
 #include <qxut/regexp/tree.hpp>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "support/failing_malloc.h"
@@ -168,6 +170,35 @@ TEST(Host, PreparesEachExpressionOnce) {
     host.fails_to_prepare = "three";
     EXPECT_THROW(tree_of(u"a(?@one)(?@two)(?@three)", host), std::runtime_error);
     EXPECT_EQ(host.live, 0);
+}
+
+TEST(Host, LendsItselfToOneSearch) {
+    Host host;
+    host.prepares = true;
+    host.answer = [](RE_Evaluation_IO&) { return false; };
+    const RE_Tree tree = tree_of(u"(a+)(?@x)(??@y)", host);
+    const std::u16string text = u"xaab";
+    std::vector<std::thread> threads;
+    threads.reserve(3);
+    std::atomic<int> matches = 0;
+    for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([&] {
+            Host own;
+            own.answer = [](RE_Evaluation_IO& io) {
+                io.set_text(u"b", 1);
+                return io.function == nullptr;
+            };
+            RE_Search_Info info;
+            info.context = &own;
+            for (int round = 0; round < 20; ++round) {
+                const Results results(tree.match(text.data(), text.size(), 0, nullptr, &info));
+                if (results != nullptr && results->end() == 4 && !results->next()) ++matches;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(matches, 60);
+    EXPECT_EQ(found(tree, text), "none");
 }
 
 TEST(Host, WarningsOfDynamicTextsComeOnceARun) {

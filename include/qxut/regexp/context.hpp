@@ -10,7 +10,8 @@
 //     };
 //
 // A context outlives the trees and templates that were made with it, and their matches. A tree may
-// be matched from many threads: then its context is called from each of them.
+// be matched from many threads: then its context is called from each of them, unless each search
+// brings one of its own (RE_Search_Info).
 #ifndef QXUT_REGEXP_CONTEXT_HPP
 #define QXUT_REGEXP_CONTEXT_HPP
 

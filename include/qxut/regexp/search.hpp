@@ -8,6 +8,8 @@
 
 #include <qxut/regexp/memory.hpp>
 
+class RE_Context;
+
 // Bounds on the work of one call, whatever the pattern and the text; reaching one is an error,
 // never "no match". 0 in a field stands for the process-wide default.
 struct RE_Limits {
@@ -31,6 +33,9 @@ struct RE_Search_Info {
     unsigned flags = RE_SEARCH_DEFAULT;
     RE_Limits limits;
     const std::atomic<bool>* cancel = nullptr;  // polled; true ends the call as an interrupt does
+    // Evaluates in place of the tree's context, which need not be safe for threads then; what that
+    // one has prepared is not handed over. A tree without a context evaluates nothing.
+    RE_Context* context = nullptr;
     // What the call answers, an error or not.
     size_t end = 0;  // the end of the match; unchanged without one
     uint64_t steps_used = 0;
