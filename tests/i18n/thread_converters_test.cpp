@@ -82,11 +82,12 @@ TEST(ThreadConverters, EvictionSparesWhatIsInUse) {
     const auto name_of = [](const char* name) {
         UErrorCode error = U_ZERO_ERROR;
         UConverter* const icu = ucnv_open(name, &error);
-        const std::string found = ucnv_getName(icu, &error);
+        std::string found = ucnv_getName(icu, &error);
         ucnv_close(icu);
         return found;
     };
     std::vector<UnicodeConverterX> held;
+    held.reserve(20);
     for (int32_t i = 0; i < 20; ++i) {
         held.push_back(UnicodeConverterX::getThreadSpecific(ucnv_getAvailableName(i)));
     }
@@ -147,6 +148,7 @@ TEST(ThreadConverters, ManyThreadsConvertWhileOthersEnd) {
     };
     for (int round = 0; round < 5; ++round) {
         std::vector<std::thread> threads;
+        threads.reserve(8);
         for (int thread = 0; thread < 8; ++thread) threads.emplace_back(work, thread);
         for (std::thread& thread : threads) thread.join();
     }
