@@ -1,6 +1,7 @@
 #!/bin/sh
 # exports_test.sh LIBRARY LIST: the names that the shared object exports are exactly those of the
-# list, one demangled name a line. After a deliberate change: exports_test.sh LIBRARY LIST --update
+# list, one demangled name a line, and whatever the headers declare with QXUT_API is among them.
+# After a deliberate change: exports_test.sh LIBRARY LIST --update
 set -eu
 library=$1 list=$2
 work=$(mktemp -d)
@@ -13,3 +14,13 @@ if [ "${3-}" = --update ]; then
   exit 0
 fi
 diff -u "$list" "$work/actual"
+
+# The word in front of a declaration's first parenthesis, brace or semicolon; of a class its name.
+find "$(dirname "$0")/../../include" -name '*.h*' ! -name export.h -exec sed 's|//.*||' {} + | tr '\n' ' ' |
+  sed -E 's|/\*([^*]\|\*+[^*/])*\*+/||g' | grep -oE 'QXUT_API [^;{(]*[;{(]' |
+  sed -E 's/ *[;{(]$//; s/ (final|: ).*//; s/.*[ *&]//' | sort -u > "$work/declared"
+missing=0
+while read -r name; do
+  grep -qwF -e "$name" "$work/actual" || { echo "$name is declared and not defined"; missing=1; }
+done < "$work/declared"
+exit $missing
