@@ -43,21 +43,23 @@ void complete(Landmark& landmark) {
     }
     const Vector<UnitVariants>& units = landmark.units;
     size_t rarest = 0;
-    size_t second = units.size() > 1 ? 1 : 0;
-    if (frequency(units[second]) < frequency(units[rarest])) std::swap(rarest, second);
-    for (size_t i = 2; i < units.size(); ++i) {
-        if (frequency(units[i]) < frequency(units[rarest])) {
+    size_t second = 0;
+    float least = 2;
+    float second_least = 2;
+    for (size_t i = 0; i < units.size(); ++i) {
+        const float here = frequency(units[i]);
+        if (here < least) {
             second = std::exchange(rarest, i);
-        } else if (frequency(units[i]) < frequency(units[second])) {
+            second_least = std::exchange(least, here);
+        } else if (here < second_least) {
             second = i;
+            second_least = here;
         }
     }
     landmark.rare[0] = rarest;
-    landmark.rare[1] = second;
-    landmark.frequency = frequency(units[rarest]);
-    if (units.size() > 1) landmark.frequency *= frequency(units[second]);
+    landmark.rare[1] = units.size() > 1 ? second : rarest;
+    landmark.frequency = units.size() > 1 ? least * second_least : least;
     if (!is_plain(units)) return;
-    landmark.plain.clear();
     landmark.plain.reserve(units.size());
     for (const UnitVariants& unit : units) landmark.plain.push_back(unit.units[0]);
 }
@@ -158,7 +160,9 @@ void Chooser::consider_landmark(size_t index) {
     Landmark& landmark = found.landmark;
     const bool is_fixed = landmark.min_before == landmark.max_before;
     if (landmark.behind != 0 && !is_fixed) return;
-    if (!consumed_before(program_, distances_, found.at, landmark.before)) return;
+    if (landmark.max_before != 0 &&
+        !consumed_before(program_, distances_, found.at, landmark.before))
+        return;
     float places = landmark.frequency;
     const bool keeps_line = starts_.begins_line && !landmark.before.contains(U'\n');
     const bool follows_run = starts_.begins_with_run && landmark.before == starts_.run;
@@ -198,7 +202,7 @@ void Chooser::choose() {
 
 // Another literal that is rarer than what is stopped at.
 void Chooser::require() {
-    const FoundLandmark* rarest = nullptr;
+    FoundLandmark* rarest = nullptr;
     float least = least_;
     for (size_t i = 0; i < landmarks_.size(); ++i) {
         const Landmark& landmark = landmarks_[i].landmark;
@@ -207,7 +211,7 @@ void Chooser::require() {
         least = landmark.frequency;
         rarest = &landmarks_[i];
     }
-    if (rarest != nullptr) starts_.required = rarest->landmark;
+    if (rarest != nullptr) starts_.required = std::move(rarest->landmark);
 }
 
 // --- several literals -------------------------------------------------------------------------
@@ -215,11 +219,21 @@ void Chooser::require() {
 constexpr size_t kMostWords = 64;
 constexpr size_t kLongestWord = 8;
 
+bool leads_on(const Instruction& in) {
+    return in.next != kNoWay &&
+           (in.op == Op::token_start || in.op == Op::token_end || in.op == Op::start_word ||
+            in.op == Op::end_word || in.op == Op::atomic || in.op == Op::region_end);
+}
+bool is_choice(const Instruction& in) { return in.op == Op::choice || in.op == Op::split; }
+
 // The literals that the ways from the beginning begin with; false when there are too many, or one
-// begins with something else.
+// begins with something else, or there is one way only.
 bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) {
+    uint32_t begin = program.first;
+    while (leads_on(program.code[begin])) begin = program.code[begin].next;
+    if (!is_choice(program.code[begin])) return false;
     Vector<uint32_t> ahead;
-    ahead.push_back(program.first);
+    ahead.push_back(begin);
     size_t steps = 0;
     while (!ahead.empty()) {
         uint32_t pc = ahead.back();
@@ -235,7 +249,7 @@ bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) 
                 pc = in.next;
                 continue;
             }
-            if (word.empty() && (in.op == Op::choice || in.op == Op::split)) {
+            if (word.empty() && is_choice(in)) {
                 const Choice* const choice =
                     in.op == Op::choice ? &program.choices[in.arg] : nullptr;
                 const uint32_t count = choice != nullptr ? choice->way_count : 2;
@@ -248,10 +262,7 @@ bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) 
                 }
                 break;
             }
-            const bool goes_on = in.op == Op::token_start || in.op == Op::token_end ||
-                                 in.op == Op::start_word || in.op == Op::end_word ||
-                                 in.op == Op::atomic || in.op == Op::region_end;
-            if (!goes_on || in.next == kNoWay) {
+            if (!leads_on(in)) {
                 if (word.empty()) return false;
                 break;
             }

@@ -41,12 +41,10 @@ constexpr unsigned kOtherCharacters = 400;
 float frequency(char16_t unit) noexcept { return static_cast<float>(of_unit(unit)) / kAll; }
 
 float frequency(const UnitVariants& variants) noexcept {
-    float sum = 0;
-    for (int i = 0; i < 4; ++i) {
-        const char16_t* const end = variants.units + i;
-        if (std::find(variants.units, end, *end) == end) sum += frequency(*end);
-    }
-    return sum;
+    unsigned sum = of_unit(variants.units[0]);
+    for (int i = 1; i < 4 && variants.units[i] != variants.units[i - 1]; ++i)
+        sum += of_unit(variants.units[i]);
+    return static_cast<float>(sum) / kAll;
 }
 
 float frequency(const CharacterSet& set) noexcept {

@@ -166,6 +166,8 @@ class LandmarkWalk {
         : program_(program), distances_(distances) {}
 
     Vector<FoundLandmark> run() {
+        constexpr size_t kUsual = 4;
+        found_.reserve(kUsual);
         uint32_t furthest = 0;
         for (uint32_t pc = 0; pc < program_.code.size(); ++pc) {
             if (distances_[pc].min == Distance::kUnreached) continue;
@@ -263,6 +265,7 @@ bool append_literal(const Program& program, const Instruction& in, size_t limit,
         const bool is_folded = in.op == Op::folded_string;
         const Run run = (is_folded ? program.folded_strings : program.strings)[in.arg];
         const uint32_t count = static_cast<uint32_t>(std::min<size_t>(run.length, limit));
+        units.reserve(units.size() + count);
         for (uint32_t i = run.first; i < run.first + count; ++i) {
             if (is_folded) {
                 UnitVariants variants{};
@@ -353,10 +356,12 @@ bool add_consumed(const Program& program, const Instruction& in, size_t literal_
 
 Vector<Distance> distances(const Program& program) {
     const Vector<Instruction>& code = program.code;
-    Vector<bool> is_head(code.size(), false);
+    Vector<bool> is_head;  // empty without loops
     for (uint32_t pc = 0; pc < code.size(); ++pc) {
         for_each_edge(program, code[pc], [&](uint32_t target) {
-            if (target <= pc) is_head[target] = true;
+            if (target > pc) return;
+            if (is_head.empty()) is_head.assign(code.size(), false);
+            is_head[target] = true;
         });
     }
     const auto fixed_counter = [](const Program& p, const Instruction& in) {
@@ -368,7 +373,7 @@ Vector<Distance> distances(const Program& program) {
     for (uint32_t pc = 0; pc < code.size(); ++pc) {
         Distance& here = result[pc];
         if (here.min == Distance::kUnreached) continue;
-        if (is_head[pc]) here.max = kNoLimit;
+        if (!is_head.empty() && is_head[pc]) here.max = kNoLimit;
         const Lengths own = own_length(program, code[pc]);
         // A lower bound stays one when the sum does not fit.
         const uint32_t min = std::min(sum(here.min, own.min), kNoLimit - 1);
@@ -420,6 +425,15 @@ bool consumed_before(const Program& program, const Vector<Distance>& distances, 
 bool first_set(const Program& program, CharacterSet& set) {
     if (program.first == kNoWay) return false;
     CharacterSetBuilder builder;
+    // Up to where the ways part nothing needs to be kept.
+    uint32_t begin = program.first;
+    while (program.code[begin].op == Op::token_start && program.code[begin].next != kNoWay)
+        begin = program.code[begin].next;
+    const Instruction& first = program.code[begin];
+    if (own_length(program, first).min != 0 && add_consumed(program, first, 1, builder)) {
+        set = builder.finish(false);
+        return true;
+    }
     Vector<bool> is_seen(program.code.size(), false);
     Vector<uint32_t> ahead;
     const auto reach = [&](uint32_t pc) {
@@ -427,7 +441,7 @@ bool first_set(const Program& program, CharacterSet& set) {
         is_seen[pc] = true;
         ahead.push_back(pc);
     };
-    reach(program.first);
+    reach(begin);
     while (!ahead.empty()) {
         const Instruction& in = program.code[ahead.back()];
         ahead.pop_back();
