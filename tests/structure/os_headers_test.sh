@@ -15,8 +15,8 @@ numeric optional ostream queue random ranges ratio regex scoped_allocator semaph
 source_location span sstream stack stdexcept stop_token streambuf string string_view syncstream
 system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray
 variant vector version'
-# Compilers' own instruction headers, ICU and Boost bring no operating system with them.
-other='immintrin.h|emmintrin.h|nmmintrin.h|wmmintrin.h|cpuid.h|arm_acle.h|arm_neon.h|unicode/.*|boost/.*'
+# Compilers' own instruction headers, ICU, Boost and Highway bring no operating system with them.
+other='immintrin.h|emmintrin.h|nmmintrin.h|wmmintrin.h|cpuid.h|arm_acle.h|arm_neon.h|unicode/.*|boost/.*|hwy/.*'
 own='qxut/.*'
 standard=$(printf '%s\n' $cpp; printf '%s.h\n' $c)
 allowed="^($own|$other|$(echo $standard | tr ' ' '|' | sed 's/\./\\./g'))\$"
