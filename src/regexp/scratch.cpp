@@ -6,11 +6,14 @@
 // ends frees its own through a platform key; unloading frees those of all threads.
 //
 // Unloading cannot tell whether the library goes or the process ends, and in the latter case other
-// threads may be searching. The stack is one atomic pointer that is taken whole, so what one side
-// holds the other never sees; a closed slot holds a mark, and what is given back to it is freed.
+// threads may be searching. A thread marks its slot as busy while it is at its stack, and then
+// looks whether the stacks are being freed; closing sets its mark first, has the memory operations
+// of all threads put in order, and then frees the stacks of slots that are not busy. So one of the
+// two sees the other, and a search pays no fence and no locked operation for it. Afterwards, and
+// after a thread's stack was freed at its end, each search has a scratch of its own.
 //
 // The child of a fork knows the slots of threads that it does not have; they are told by the
-// process and dropped. Tested by tests/regexp/scratch_test.cpp.
+// process and dropped. Tested by tests/regexp/threads_test.cpp.
 #include "regexp/scratch.h"
 
 #include <qxut/util/heap.h>
@@ -29,7 +32,8 @@ namespace {
 constexpr size_t kMostKept = size_t{1} << 20;  // bytes of one scratch
 
 struct ThreadSlot {
-    std::atomic<Scratch*> kept;
+    std::atomic<bool> is_busy;  // its thread is at the stack
+    Scratch* kept;
     bool is_linked;
     bool has_ended;
     ThreadSlot* previous;
@@ -44,15 +48,29 @@ constinit std::mutex slots_lock;
 constinit ThreadSlot* slots = nullptr;
 constinit int64_t slots_process = 0;
 constinit bool has_key = false;
-constinit bool is_closed = false;
+constinit std::atomic<bool> is_closing = false;
 constinit platform::ThreadKey key = 0;
 
-// What a slot holds that keeps nothing any more.
-alignas(Scratch) constinit char closed_mark[1] = {};
-Scratch* closed() { return reinterpret_cast<Scratch*>(closed_mark); }
+// The thread's stack for the length of a scope, in which nothing may be called.
+class StackUse {
+  public:
+    StackUse() {
+        slot.is_busy.store(true, std::memory_order_relaxed);
+        // The processor's order is closing's business.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        may_be_used_ = !is_closing.load(std::memory_order_relaxed);
+    }
+    ~StackUse() { slot.is_busy.store(false, std::memory_order_release); }
+    StackUse(const StackUse&) = delete;
+    StackUse& operator=(const StackUse&) = delete;
+    bool may_be_used() const { return may_be_used_; }
+
+  private:
+    bool may_be_used_;
+};
 
 void free_stack(Scratch* top) {
-    while (top != nullptr && top != closed()) {
+    while (top != nullptr) {
         Scratch* const next = top->next;
         delete top;
         top = next;
@@ -78,13 +96,14 @@ void end_thread(void* value) {
         }
         thread.is_linked = false;
     }
-    free_stack(thread.kept.exchange(closed(), std::memory_order_acq_rel));
+    free_stack(thread.kept);
+    thread.kept = nullptr;
 }
 
 // False when the thread can keep nothing: memory or keys are short, or the library is closing.
 bool link_slot() {
     const std::lock_guard<std::mutex> hold(slots_lock);
-    if (is_closed || slot.has_ended) return false;
+    if (is_closing.load(std::memory_order_relaxed) || slot.has_ended) return false;
     has_key = has_key || platform::create_thread_key(key, end_thread);
     if (!has_key || !platform::set_thread_value(key, &slot)) return false;
     drop_slots_of_another_process();
@@ -95,32 +114,6 @@ bool link_slot() {
     slots = &slot;
     slot.is_linked = true;
     return true;
-}
-
-// Puts a stack of scratches under what the slot holds by now.
-void put_back(Scratch* top) {
-    if (!slot.is_linked && !link_slot()) {
-        free_stack(top);
-        return;
-    }
-    Scratch* held = nullptr;
-    while (!slot.kept.compare_exchange_strong(held, top, std::memory_order_acq_rel)) {
-        if (held == closed()) {
-            free_stack(top);
-            return;
-        }
-        // Something was given back meanwhile: it goes on top of this.
-        held = slot.kept.exchange(nullptr, std::memory_order_acq_rel);
-        if (held == closed()) {
-            slot.kept.store(closed(), std::memory_order_release);
-            free_stack(top);
-            return;
-        }
-        Scratch* last = top;
-        while (last->next != nullptr) last = last->next;
-        last->next = held;
-        held = nullptr;
-    }
 }
 
 }  // namespace
@@ -143,27 +136,42 @@ void Scratch::trim() noexcept {
 }
 
 Scratch* acquire_scratch() {
-    Scratch* const top = slot.kept.exchange(nullptr, std::memory_order_acq_rel);
-    if (top == nullptr) return require(new Scratch);
-    if (top == closed()) {
-        slot.kept.store(closed(), std::memory_order_release);
-        return require(new Scratch);
+    Scratch* top = nullptr;
+    {
+        const StackUse stack;
+        if (stack.may_be_used() && slot.kept != nullptr) {
+            top = slot.kept;
+            slot.kept = top->next;
+        }
     }
-    Scratch* const rest = top->next;
-    top->next = nullptr;
-    if (rest != nullptr) put_back(rest);
-    return top;
+    return top != nullptr ? top : require(new Scratch);
 }
 
-void release_scratch(Scratch* scratch) noexcept { put_back(scratch); }
+void release_scratch(Scratch* scratch) noexcept {
+    if (slot.is_linked || link_slot()) {
+        const StackUse stack;
+        if (stack.may_be_used()) {
+            scratch->next = slot.kept;
+            slot.kept = scratch;
+            return;
+        }
+    }
+    delete scratch;
+}
 
 void close_thread_scratches() {
+    is_closing.store(true, std::memory_order_seq_cst);
     // Where the lock is taken, other threads are still at work: the process ends.
     if (!slots_lock.try_lock()) return;
-    is_closed = true;
     drop_slots_of_another_process();
-    for (ThreadSlot* thread = slots; thread != nullptr; thread = thread->next)
-        free_stack(thread->kept.exchange(closed(), std::memory_order_acq_rel));
+    const bool has_others = slots != nullptr && (slots != &slot || slot.next != nullptr);
+    const bool is_ordered = !has_others || platform::order_memory_of_all_threads();
+    for (ThreadSlot* thread = slots; thread != nullptr; thread = thread->next) {
+        if (thread != &slot && !is_ordered) continue;
+        if (thread->is_busy.load(std::memory_order_acquire)) continue;
+        free_stack(thread->kept);
+        thread->kept = nullptr;
+    }
     slots = nullptr;
     if (has_key) platform::delete_thread_key(key);
     has_key = false;
