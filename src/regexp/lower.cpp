@@ -3,6 +3,7 @@
 // The stages and what lies between them: lowering.h. Entry: lower. Tested by
 // tests/regexp/program_test.cpp.
 #include <algorithm>
+#include <optional>
 
 #include "regexp/failure.h"
 #include "regexp/lowering.h"
@@ -25,19 +26,45 @@ void find_tested_tokens(Program& program) {
     tested.erase(std::unique(tested.begin(), tested.end()), tested.end());
 }
 
+// The look-behinds that have many places to begin at.
+Vector<bool> turned_regions(const Program& program) {
+    constexpr uint32_t kMostPlaces = 4;
+    Vector<bool> regions;
+    for (size_t i = 0; i < program.regions.size(); ++i) {
+        const Region& region = program.regions[i];
+        if (!region.looks_behind || region.max - region.min < kMostPlaces) continue;
+        regions.resize(program.regions.size());
+        regions[i] = true;
+    }
+    return regions;
+}
+
+void lower_to_code(Lowering& lowering, const Vector<bool>& turned) {
+    lower_nodes(lowering);
+    if (!turned.empty()) lower_backwards(lowering, turned);
+    lower_loops(lowering);
+    lower_layout(lowering);
+    lower_lengths(lowering.program);
+}
+
 }  // namespace
 
 Program lower(const Pattern& pattern, const Program* outer) {
-    Lowering lowering(pattern);
-    lowering.program.names = outer != nullptr ? outer->names : pattern.names;
-    lower_nodes(lowering);
-    lower_loops(lowering);
-    lower_layout(lowering);
-    Program& program = lowering.program;
+    const auto& names = outer != nullptr ? outer->names : pattern.names;
+    std::optional<Lowering> lowering(std::in_place, pattern);
+    lowering->program.names = names;
+    lower_to_code(*lowering, {});
+    const Vector<bool> turned = turned_regions(lowering->program);
+    if (!turned.empty()) {
+        // Regions get the same numbers again.
+        lowering.emplace(pattern);
+        lowering->program.names = names;
+        lower_to_code(*lowering, turned);
+    }
+    Program& program = lowering->program;
     program.token_count = static_cast<uint32_t>(pattern.token_count);
     program.records_failures = !pattern.has_back_references && !pattern.has_dynamic_parts;
     find_tested_tokens(program);
-    lower_lengths(program);
     lower_choices(program);
     return std::move(program);
 }

@@ -140,7 +140,7 @@ bool Layout::can_be_empty(uint32_t repetition) {
             if (!must_repeat || is_nullable_[number]) walk_.push_back(exit_of(step));
             continue;
         }
-        const bool consumes = is_single(step.op) || step.op == Op::string ||
+        const bool consumes = is_single(step.op) || reads_back(step.op) || step.op == Op::string ||
                               step.op == Op::folded_string ||
                               (is_loop(step.op) && step.repeat.min != 0);
         if (consumes) continue;
@@ -245,6 +245,7 @@ void Layout::emit() {
         Instruction made{step.op, placed(step.next), placed(step.alt), step.arg};
         switch (step.op) {
             case Op::either:
+            case Op::back_either:
                 made.alt = step.repeat.other;
                 break;
             case Op::loop_greedy:

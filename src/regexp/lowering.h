@@ -2,11 +2,12 @@
 // without an order.
 //
 // lower.cpp runs the stages over one Lowering: lower_nodes.cpp makes steps of nodes and marks,
-// lower_loops.cpp puts simpler steps in the place of several, lower_layout.cpp finds the loops that
-// need to notice an empty iteration and brings the steps into pattern order, lower_lengths.cpp
-// finds how far look-behinds have to look, lower_choices.cpp looks at what characters the ways on
-// begin with. Each walks with a list of its own and never
-// calls itself.
+// lower_backwards.cpp turns
+// the bodies of look-behinds round, lower_loops.cpp puts simpler steps in the place of several,
+// lower_layout.cpp finds the loops that need to notice an empty iteration and brings the steps into
+// pattern order, lower_lengths.cpp finds how far look-behinds have to look, lower_choices.cpp looks
+// at what characters the ways on begin with. Each walks with a list of its own and never calls
+// itself.
 #ifndef QXUT_SRC_REGEXP_LOWERING_H
 #define QXUT_SRC_REGEXP_LOWERING_H
 
@@ -79,6 +80,8 @@ uint64_t range_item(char32_t first, char32_t last, bool ignores_case);
 uint64_t class_item(char letter);
 
 void lower_nodes(Lowering& lowering);
+// `regions`: of the look-behinds that are to be turned round.
+void lower_backwards(Lowering& lowering, const Vector<bool>& regions);
 void lower_loops(Lowering& lowering);
 void lower_layout(Lowering& lowering);
 void lower_lengths(Program& program);
@@ -89,6 +92,7 @@ Vector<uint32_t> order_steps(const Lowering& lowering);
 
 // One of the instructions that consume a single character forwards.
 constexpr bool is_single(Op op) { return op <= Op::set; }
+constexpr bool reads_back(Op op) { return op >= Op::back_character && op <= Op::back_set; }
 constexpr bool is_loop(Op op) {
     return op == Op::loop_greedy || op == Op::loop_lazy || op == Op::loop_possessive;
 }

@@ -28,7 +28,7 @@ bool Backtracker::point_of(uint32_t pc, size_t position, Records::Point& point) 
             const Counter& counter = program.counters[scope.arg];
             if (!add(registers_[counter.reg], uint64_t{counter.count} + 1)) return false;
         } else if (scope.kind == Scope::Kind::iteration) {
-            if (!add(position > registers_[scope.arg] ? 1 : 0, 2)) return false;
+            if (!add(position != registers_[scope.arg] ? 1 : 0, 2)) return false;
         } else {
             const Region& region = program.regions[scope.arg];
             if (!region.looks_behind || region.is_read_backwards) return true;
