@@ -2,6 +2,7 @@
 #include "regexp/frequency.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace qxut::regexp {
@@ -32,6 +33,13 @@ constexpr unsigned of_unit(char16_t unit) {
     return unit == u'\n' ? 70 : 2;
 }
 
+// Of all units of each word of a set's bits.
+constexpr std::array<unsigned, 4> kWords = [] {
+    std::array<unsigned, 4> sums{};
+    for (char16_t unit = 0; unit < 256; ++unit) sums[unit / 64] += of_unit(unit);
+    return sums;
+}();
+
 constexpr float kAll = 4096;
 // Of a set that reaches beyond U+00FF by classes of characters, or by many of them.
 constexpr unsigned kOtherCharacters = 400;
@@ -50,6 +58,10 @@ float frequency(const UnitVariants& variants) noexcept {
 float frequency(const CharacterSet& set) noexcept {
     unsigned sum = 0;
     for (unsigned word = 0; word < set.low().size(); ++word) {
+        if (~set.low()[word] == 0) {
+            sum += kWords[word];
+            continue;
+        }
         for (uint64_t bits = set.low()[word]; bits != 0; bits &= bits - 1)
             sum += of_unit(
                 static_cast<char16_t>(64 * word + static_cast<unsigned>(std::countr_zero(bits))));

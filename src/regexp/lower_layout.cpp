@@ -307,7 +307,9 @@ Vector<uint32_t> order_steps(const Lowering& lowering) {
     };
     Vector<uint32_t> order;
     Vector<bool> is_seen(lowering.steps.size(), false);
+    order.reserve(lowering.steps.size());
     Vector<Frame> walk;
+    walk.reserve(16);
     const auto enter = [&](uint32_t step) {
         is_seen[step] = true;
         walk.push_back({step, 0});

@@ -41,6 +41,12 @@ struct PendingMark {
     const RE_Node* node;
 };
 
+// Room for the first elements, instead of one by one.
+template <class T>
+void reserve_first(Vector<T>& vector, size_t count) {
+    if (vector.capacity() == 0) vector.reserve(count);
+}
+
 class NodeLowering {
   public:
     explicit NodeLowering(Lowering& lowering)
@@ -153,6 +159,8 @@ void NodeLowering::follow(uint32_t step, Way way, const RE_Link& link, uint32_t 
 }
 
 void NodeLowering::run() {
+    lowering_.steps.reserve(lowering_.pattern.nodes.size() + 8);
+    pending_.reserve(16);
     lowering_.first = resolve(lowering_.pattern.first, kNoWay);
     while (!pending_.empty()) {
         const PendingLink link = pending_.back();
@@ -239,6 +247,7 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
         if (has_piece && piece.op != op) end_piece();
         Vector<Run>& runs = folded ? program_.folded_strings : program_.strings;
         if (!has_piece) {
+            reserve_first(runs, 4);
             has_piece = true;
             piece = Step();
             piece.op = op;
@@ -248,8 +257,10 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
                             0});
         }
         if (folded) {
+            reserve_first(program_.folded_units, node.length);
             program_.folded_units.push_back(unit);
         } else {
+            reserve_first(program_.units, node.length);
             program_.units.push_back(unit.units[0]);
         }
         ++runs.back().length;
