@@ -12,6 +12,7 @@
 
 #include "regexp/failure.h"
 #include "regexp/limits.h"
+#include "regexp/line_search.h"
 #include "regexp/matcher_run.h"
 #include "regexp/start_cursor.h"
 
@@ -45,6 +46,7 @@ Backtracker::Backtracker(const SearchRequest& request, Scratch& scratch, Records
     : scratch_(scratch),
       limits_(resolve_limits(request.limits, request.length, request.program->code.size())),
       text_(request.text),
+      begin_(request.text),
       end_(request.text + request.length),
       program_(request.program),
       records_(records != nullptr ? records : &scratch.records),
@@ -171,6 +173,13 @@ bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extent
         backtracker.take_extents(extents);
         return true;
     };
+    const SeekPoll poll{[](void* seeking) { static_cast<Backtracker*>(seeking)->poll_seeking(); },
+                        &backtracker};
+    if (request.lines) {
+        if (!search_lines(request, backtracker, poll)) return false;
+        backtracker.take_extents(extents);
+        return true;
+    }
     if (request.anchored) return found(request.start);
     if (request.starts == nullptr || request.plain) {
         const char16_t* const end = request.text + request.length;
@@ -184,8 +193,6 @@ bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extent
     StartCursor& cursor = request.table == nullptr ? own
                                                    : cursor_in(*request.table, *request.starts,
                                                                request.text, request.length);
-    const SeekPoll poll{[](void* seeking) { static_cast<Backtracker*>(seeking)->poll_seeking(); },
-                        &backtracker};
     for (size_t start = cursor.first(request.start, poll); start != kUnset;
          start = cursor.after_failure(start, poll)) {
         if (found(start)) return true;

@@ -32,6 +32,7 @@ struct SearchRequest {
     size_t start = 0;
     bool anchored = false;
     bool not_empty = false;        // an empty match is none
+    bool lines = false;            // each line is a text of its own
     bool plain = false;            // no recording, no fast paths, no search for starts
     bool records_at_once = false;  // failures are recorded from the first step on; for tests
     size_t not_empty_at = kUnset;  // an empty match at this position is none

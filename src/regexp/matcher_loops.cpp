@@ -183,7 +183,7 @@ const char16_t* Backtracker::give_back(const Loop& loop, const char16_t* from,
     if (loop.follower == kNoWay || is_plain_) return from;
     while (!may_end_at(loop, from)) {
         if (from == low) return nullptr;
-        from = before_character(from, text_);
+        from = before_character(from, begin_);
     }
     return from;
 }
@@ -249,7 +249,7 @@ bool Backtracker::resume_greedy(State& state) {
     const char16_t* const low = text_ + entry.extra;
     const bool records_run = is_recording_ && loop.max == kNoLimit;
     const char16_t* const end =
-        tried == low ? nullptr : give_back(loop, before_character(tried, text_), low);
+        tried == low ? nullptr : give_back(loop, before_character(tried, begin_), low);
     if (records_run) {
         record(entry.pc, end == nullptr ? entry.extra : offset(end) + 1, entry.position);
     } else if (is_recording_ && end == nullptr) {

@@ -41,13 +41,13 @@ inline bool Backtracker::is_word_start(const char16_t* p) {
     }
     const char16_t* after = p;
     if (!is_word_character(next_character(after, end_))) return false;
-    return p == text_ || !is_word_character(previous_character(p, text_));
+    return p == begin_ || !is_word_character(previous_character(p, begin_));
 }
 
 inline bool Backtracker::is_word_end(const char16_t* p) {
-    if (p == text_) return false;
+    if (p == begin_) return false;
     const char16_t* before = p;
-    if (!is_word_character(previous_character(before, text_))) return false;
+    if (!is_word_character(previous_character(before, begin_))) return false;
     if (p == end_) {
         reached_end_ = true;
         return true;
@@ -97,8 +97,8 @@ static bool match_wide(char32_t wanted, const char16_t*& p, const char16_t* end)
 
 // The instructions that read from right to left.
 inline bool Backtracker::match_before(const Instruction& in, const char16_t*& p) const {
-    if (p == text_) return false;
-    const char32_t c = previous_character(p, text_);
+    if (p == begin_) return false;
+    const char32_t c = previous_character(p, begin_);
     switch (in.op) {
         case Op::back_character:
             return c == in.arg;
@@ -115,14 +115,15 @@ inline bool Backtracker::match_before(const Instruction& in, const char16_t*& p)
 
 const char16_t* Backtracker::step_back(const char16_t* p, uint32_t count) const {
     for (; count != 0; --count) {
-        if (p == text_) return nullptr;
-        p = before_character(p, text_);
+        if (p == begin_) return nullptr;
+        p = before_character(p, begin_);
     }
     return p;
 }
 
 bool Backtracker::run(const char16_t* const start) {
     const char16_t* const text = text_;
+    const char16_t* const first = begin_;
     const char16_t* const end = end_;
     const char16_t* p = start;
     const Instruction* code = program_->code.data();
@@ -229,7 +230,7 @@ bool Backtracker::run(const char16_t* const start) {
                 continue;
 
             case Op::start_text:
-                if (p != text) goto fail;
+                if (p != first) goto fail;
                 pc = in.next;
                 continue;
             case Op::end_text:
@@ -238,7 +239,7 @@ bool Backtracker::run(const char16_t* const start) {
                 pc = in.next;
                 continue;
             case Op::start_line:
-                if (p != text && p[-1] != u'\n') goto fail;
+                if (p != first && p[-1] != u'\n') goto fail;
                 pc = in.next;
                 continue;
             case Op::end_line:

@@ -27,6 +27,13 @@ class Backtracker {
     // After it, an error or not.
     void end() noexcept;
 
+    // What the next attempts take for the text, in units of the request's: anchors and what looks
+    // back or ahead see no more. A place is in one such part only, so that the failures recorded in
+    // it hold.
+    void narrow(size_t begin, size_t end) {
+        begin_ = text_ + begin;
+        end_ = text_ + end;
+    }
     // Whether there is a match from `start`. Everything is as before when there is none.
     bool attempt(size_t start);
     // Writes the extents of the match that was found.
@@ -123,8 +130,9 @@ class Backtracker {
     SearchRequest* request_ = nullptr;
     Scratch& scratch_;
     const RE_Limits limits_;
-    const char16_t* const text_;
-    const char16_t* const end_;
+    const char16_t* const text_;  // from which places are counted
+    const char16_t* begin_;       // of what is searched
+    const char16_t* end_;
     const Program* program_;  // of the current frame
     size_t* registers_ = nullptr;
     uint32_t frame_ = 0;

@@ -48,9 +48,9 @@ class Finder {
 
   private:
     void search_file(const std::string& name);
-    void search_lines(std::u16string_view text);
+    void search_lines(const Block& block);
     void search_whole(std::u16string_view text);
-    bool next_line(std::u16string_view text, size_t& from, Line& line);
+    bool next_line(LineSearch& search, std::u16string_view text, size_t& from, Line& line);
     void selected(std::u16string_view text, const Line& line);
     void unselected(std::u16string_view text, size_t begin, size_t end);
     void print_region(std::u16string_view text, size_t begin, size_t end,
@@ -90,11 +90,11 @@ void Finder::show_warnings() {
     }
 }
 
-// As find_line, but a line that reached a limit is told of and passed over.
-bool Finder::next_line(std::u16string_view text, size_t& from, Line& line) {
+// As the search's own, but a line that reached a limit is told of and passed over.
+bool Finder::next_line(LineSearch& search, std::u16string_view text, size_t& from, Line& line) {
     for (;;) {
         try {
-            return find_line(pattern_.tree(), text, from, line);
+            return search.find(from, line);
         } catch (const Quorvanix::System::UserException& problem) {
             const uint64_t number = lines_ + count_newlines(text.substr(0, from)) + 1;
             complain((name_ + ":" + std::to_string(number) + ": " + problem.what()).c_str());
@@ -119,11 +119,13 @@ void Finder::unselected(std::u16string_view text, size_t begin, size_t end) {
         printer_->skip(text.substr(begin, end - begin));
 }
 
-void Finder::search_lines(std::u16string_view text) {
+void Finder::search_lines(const Block& block) {
+    const std::u16string_view text = block.text;
+    LineSearch search(pattern_.tree(), block);
     Line line{};
     for (size_t done = 0; done < text.size() && !is_decided(); done = line.next) {
         size_t from = done;
-        if (!next_line(text, from, line)) line = {text.size(), text.size(), text.size()};
+        if (!next_line(search, text, from, line)) line = {text.size(), text.size(), text.size()};
         if (!options_.invert) {
             unselected(text, done, line.begin);
             if (line.begin < line.next) selected(text, line);
@@ -222,7 +224,7 @@ void Finder::search_file(const std::string& name) {
         search_whole(block.text);
     } else {
         while (!is_decided() && input.read(block)) {
-            search_lines(block.text);
+            search_lines(block);
             show_warnings();
             output_.flush();
             lines_ += count_newlines(block.text);

@@ -171,11 +171,12 @@ void Replacer::show_whole(std::u16string_view text) {
 void Replacer::replace_lines(const Block& block) {
     LineBytes bytes(block.bytes, newline_);
     const std::u16string_view text = block.text;
+    LineSearch search(pattern_.tree(), block);
     size_t done = 0;
     for (size_t from = 0; from < text.size();) {
         Line line{};
         try {
-            if (!find_line(pattern_.tree(), text, from, line)) break;
+            if (!search.find(from, line)) break;
         } catch (...) {
             line_ += count_newlines(text.substr(done, from - done)) + 1;
             throw;

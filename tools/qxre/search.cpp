@@ -3,15 +3,39 @@
 
 #include <memory>
 
+#include <qxut/system/throwable.hpp>
+
 namespace qxre {
 
-bool find_line(const RE_Tree& tree, std::u16string_view text, size_t& from, Line& line) {
-    while (from < text.size()) {
-        line = line_at(text, from);
+// The library itself searches in lines, which end with a newline alone. The last newline is kept
+// from it, as no line begins behind it.
+bool LineSearch::find_at_once(size_t from, Line& line) {
+    const size_t length = text_.size() - (text_.back() == u'\n' ? 1 : 0);
+    RE_Search_Info info;
+    info.length = length;
+    info.flags = RE_SEARCH_LINES;
+    size_t start = from;
+    if (!tree_.match_bool(text_.data(), &start, &info)) return false;
+    line = line_at(text_, line_begin(text_, start));
+    return true;
+}
+
+bool LineSearch::find(size_t& from, Line& line) {
+    if (from == text_.size()) return false;
+    if (at_once_) {
+        try {
+            return find_at_once(from, line);
+        } catch (const Quorvanix::System::UserException&) {
+            // Some line is hard: searched one by one, the others are spared.
+            at_once_ = false;
+        }
+    }
+    while (from < text_.size()) {
+        line = line_at(text_, from);
         RE_Search_Info info;
         info.length = line.end - line.begin;
         size_t start = 0;
-        if (tree.match_bool(text.data() + line.begin, &start, &info)) return true;
+        if (tree_.match_bool(text_.data() + line.begin, &start, &info)) return true;
         from = line.next;
     }
     return false;

@@ -9,6 +9,7 @@
 #include <qxut/regexp/tree.hpp>
 
 #include "lines.h"
+#include "text_input.h"
 
 namespace qxre {
 
@@ -25,9 +26,23 @@ struct Match {
     size_t end() const { return tokens[0].end; }
 };
 
-// The first line at or behind `from`, the beginning of a line, that has a match. Throws what
-// RE_Tree::match throws, with `from` at the line that could not be searched.
-bool find_line(const RE_Tree& tree, std::u16string_view text, size_t& from, Line& line);
+// The lines of a block that have a match, one after the other.
+class LineSearch {
+  public:
+    LineSearch(const RE_Tree& tree, const Block& block)
+        : tree_(tree), text_(block.text), at_once_(!block.may_have_returns) {}
+
+    // The first such line at or behind `from`, the beginning of a line. Throws what RE_Tree::match
+    // throws, with `from` at the line that could not be searched.
+    bool find(size_t& from, Line& line);
+
+  private:
+    bool find_at_once(size_t from, Line& line);
+
+    const RE_Tree& tree_;
+    std::u16string_view text_;
+    bool at_once_;  // lines are not cut out one by one
+};
 
 // All matches in a text, each next one as the library iterates them.
 std::vector<Match> all_matches(const RE_Tree& tree, std::u16string_view text);

@@ -143,6 +143,11 @@ bool TextInput::read(Block& block) {
     convert(end, has_ended_ && end == size_);
     block.bytes = {bytes_.data(), end};
     block.text = {units_.data(), unit_count_};
+    // As bytes, the units may hold it as a half of another one.
+    block.may_have_returns =
+        stream_.has_value()
+            ? std::memchr(units_.data(), '\r', unit_count_ * sizeof(char16_t)) != nullptr
+            : std::memchr(bytes_.data(), '\r', end) != nullptr;
     taken_ = end;
     return true;
 }

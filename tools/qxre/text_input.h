@@ -21,6 +21,7 @@ namespace qxre {
 struct Block {
     std::u16string_view text;
     std::string_view bytes;
+    bool may_have_returns = true;  // false: no U+000D is in the text
 };
 
 class TextInput {

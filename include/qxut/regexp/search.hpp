@@ -25,6 +25,9 @@ enum RE_Search_Flags : unsigned {
     RE_SEARCH_DEFAULT = 0,
     RE_SEARCH_ANCHORED = 1,   // the match begins at the start position or there is none
     RE_SEARCH_NOT_EMPTY = 2,  // a match of no characters is none, wherever it stands
+    // Each line of the text, what stands between newlines, is searched as a text of its own: nothing
+    // of a match, its anchors or what it looks at lies outside its line. Extents are of the text.
+    RE_SEARCH_LINES = 4,
 };
 
 struct RE_Search_Info {
