@@ -12,6 +12,11 @@ namespace {
 
 constexpr RE_Flags kAllFlags = ~RE_NO_FLAGS;
 
+// A character that means itself whatever the flags, and is no quantifier.
+constexpr bool is_plain(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9');
+}
+
 }  // namespace
 
 Parser::Parser(const Source& source, const ParseOptions& options, Pattern& pattern)
@@ -81,9 +86,11 @@ void Parser::read_atom() {
             }
             break;
         default: {
-            size_t end = position;
+            add_plain_characters();
+            const size_t begin = at_;
+            size_t end = begin;
             const char32_t c = read_character(source_.text, end, limit());
-            read_literal(c, position, end);
+            read_literal(c, begin, end);
             return;
         }
     }
@@ -163,10 +170,15 @@ Fragment Parser::character_fragment(char32_t c, size_t position, bool ignores_ca
     return fragment;
 }
 
+bool Parser::read_quantifier_here(Quantifier& quantifier) {
+    if (!free_spacing() && (at_ >= limit() || !begins_quantifier(source_.text[at_]))) return false;
+    return read_quantifier(source_, escapes_.braces(), at_, limit(), free_spacing(), quantifier);
+}
+
 void Parser::read_literal(char32_t c, size_t position, size_t end) {
     at_ = end;
     Quantifier quantifier;
-    if (read_quantifier(source_, escapes_.braces(), at_, limit(), free_spacing(), quantifier)) {
+    if (read_quantifier_here(quantifier)) {
         add(assembly_.repeat(character_fragment(c, position, ignores_case()), quantifier));
     } else {
         add_to_run(c, position, end);
@@ -179,18 +191,36 @@ void Parser::add_to_run(char32_t c, size_t position, size_t end) {
         add(character_fragment(c, position, ignores_case()));
         return;
     }
-    if (run_characters_ > 0 && run_ignores_case_ != ignores_case()) flush_run();
-    if (run_characters_ == 0) {
-        if (run_.capacity() == 0) run_.reserve(32);
-        run_begin_ = position;
-        run_end_ = position;
-        run_ignores_case_ = ignores_case();
-        run_is_verbatim_ = true;
-    }
+    begin_run(position);
     run_is_verbatim_ = run_is_verbatim_ && run_end_ == position && source_.text[position] != u'\\';
     run_end_ = end;
     append_units(run_, c);
     ++run_characters_;
+}
+
+// Lets the run go on with what stands at the position, or begin there.
+void Parser::begin_run(size_t position) {
+    if (run_characters_ > 0 && run_ignores_case_ != ignores_case()) flush_run();
+    if (run_characters_ > 0) return;
+    if (run_.capacity() == 0) run_.reserve(32);
+    run_begin_ = position;
+    run_end_ = position;
+    run_ignores_case_ = ignores_case();
+    run_is_verbatim_ = true;
+}
+
+// Adds the plain characters that another one follows, and which nothing can quantify therefore.
+void Parser::add_plain_characters() {
+    const char16_t* text = source_.text;
+    size_t end = at_;
+    while (end + 1 < limit() && is_plain(text[end]) && is_plain(text[end + 1])) ++end;
+    if (end == at_) return;
+    begin_run(at_);
+    run_is_verbatim_ = run_is_verbatim_ && run_end_ == at_;
+    run_.insert(run_.end(), text + at_, text + end);
+    run_characters_ += end - at_;
+    run_end_ = end;
+    at_ = end;
 }
 
 void Parser::flush_run() {
@@ -225,7 +255,7 @@ void Parser::add(const Fragment& part) {
 
 void Parser::add_atom(const Fragment& atom) {
     Quantifier quantifier;
-    if (read_quantifier(source_, escapes_.braces(), at_, limit(), free_spacing(), quantifier)) {
+    if (read_quantifier_here(quantifier)) {
         add(assembly_.repeat(atom, quantifier));
     } else {
         add(atom);

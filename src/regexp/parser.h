@@ -71,7 +71,10 @@ class Parser {
     void read_escape();
     void read_literal(char32_t c, size_t position, size_t end);
     void add_to_run(char32_t c, size_t position, size_t end);
+    void add_plain_characters();
+    void begin_run(size_t position);
     void flush_run();
+    bool read_quantifier_here(Quantifier& quantifier);
     // Reads the quantifier that may stand at the position, and adds the atom so repeated.
     void add_atom(const Fragment& atom);
     // Passes over a construct that is dropped, up to `end`, and over its quantifier.

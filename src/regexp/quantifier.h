@@ -17,6 +17,11 @@ struct Quantifier {
     size_t position = 0;   // in the pattern
 };
 
+// Whether a quantifier may begin with the character.
+constexpr bool begins_quantifier(char16_t c) {
+    return c == u'*' || c == u'+' || c == u'?' || c == u'{';
+}
+
 // Reads the quantifier that stands at `position`, behind white space and comments under free
 // spacing, and moves the position behind it. False, without moving, where none stands before `end`;
 // a braced one that is none draws its warning.
