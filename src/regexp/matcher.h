@@ -23,6 +23,8 @@ void delete_iteration(Iteration* iteration) noexcept;
 
 // A bit of RE_Search_Info::flags, for tests: the search takes no short cuts.
 inline constexpr unsigned kPlainSearch = 1U << 31;
+// Another: it records failures from its first step on.
+inline constexpr unsigned kRecordingSearch = 1U << 30;
 
 struct SearchRequest {
     const Program* program = nullptr;

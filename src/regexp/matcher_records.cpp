@@ -9,6 +9,13 @@
 #include "regexp/matcher_run.h"
 
 namespace qxut::regexp {
+namespace {
+
+// Deeper inside nested repetitions nothing is recorded: a step must not cost what the pattern
+// likes.
+constexpr uint32_t kMostScopes = 64;
+
+}  // namespace
 
 bool Backtracker::point_of(uint32_t pc, size_t position, Records::Point& point) const {
     const Program& program = *program_;
@@ -22,7 +29,9 @@ bool Backtracker::point_of(uint32_t pc, size_t position, Records::Point& point) 
         const bool is_set = token < scratch_.tokens.size() && scratch_.tokens[token].end != kUnset;
         if (!add(is_set ? 1 : 0, 2)) return false;
     }
+    uint32_t depth = 0;
     for (uint32_t at = program.scope_of[pc]; at != kNoWay; at = program.scopes[at].parent) {
+        if (++depth > kMostScopes) return false;
         const Scope& scope = program.scopes[at];
         if (scope.kind == Scope::Kind::counter) {
             const Counter& counter = program.counters[scope.arg];

@@ -146,6 +146,7 @@ SearchRequest RE_Tree::Parts::request(const char16_t* text, size_t length, size_
         request.not_empty = (info->flags & RE_SEARCH_NOT_EMPTY) != 0;
         request.lines = (info->flags & RE_SEARCH_LINES) != 0;
         request.plain = (info->flags & kPlainSearch) != 0;
+        request.records_at_once = (info->flags & kRecordingSearch) != 0;
         request.limits = info->limits;
         request.cancel = info->cancel;
         if (info->context != nullptr) {

@@ -105,12 +105,18 @@ bool is_unit_inside_pair(const std::u16string& text, size_t i) {
 std::string compare_forms(const RE_Tree& tree, const Case& tried,
                           const std::vector<Extents>& matches) {
     const ExactText text(tried.text);
-    RE_Search_Info plainly;
-    plainly.flags = qxut::regexp::kPlainSearch;
     const std::string expected = to_text(matches);
-    const std::string plain =
-        answer_of([&] { return to_text(engine_matches(tree, text, 0, &plainly)); });
-    if (plain != expected) return "with fast paths " + expected + "\nwithout " + plain;
+    for (const unsigned form : {qxut::regexp::kPlainSearch, qxut::regexp::kRecordingSearch}) {
+        RE_Search_Info info;
+        info.flags = form;
+        const std::string found =
+            answer_of([&] { return to_text(engine_matches(tree, text, 0, &info)); });
+        if (found == expected) continue;
+        return "a search " + expected +
+               (form == qxut::regexp::kPlainSearch ? "\none without fast paths "
+                                                   : "\none that records at once ") +
+               found;
+    }
     RE_Seek_Table table;
     for (int round = 0; round < 2; ++round) {
         const std::string sought = to_text(engine_matches(tree, text, 0, nullptr, &table));

@@ -24,11 +24,14 @@ TEST(Matches, AreThoseOfTheTable) {
             const size_t most = a_case.wants_all ? SIZE_MAX : 1;
             EXPECT_EQ(to_text(engine_matches(tree, text, a_case.start, nullptr, nullptr, most)),
                       a_case.expected);
-            RE_Search_Info plainly;
-            plainly.flags = qxut::regexp::kPlainSearch;
-            EXPECT_EQ(to_text(engine_matches(tree, text, a_case.start, &plainly, nullptr, most)),
-                      a_case.expected)
-                << "without fast paths";
+            for (const unsigned form :
+                 {qxut::regexp::kPlainSearch, qxut::regexp::kRecordingSearch}) {
+                RE_Search_Info info;
+                info.flags = form;
+                EXPECT_EQ(to_text(engine_matches(tree, text, a_case.start, &info, nullptr, most)),
+                          a_case.expected)
+                    << "form " << form;
+            }
         } catch (const std::exception& error) {
             ADD_FAILURE() << error.what();
         }
