@@ -65,11 +65,12 @@ const char16_t* RE_Results::text(size_t token, size_t* length) const noexcept {
 
 bool RE_Results::next() {
     Search& search = *search_;
+    SearchRequest& request = search.request;
     if (search.iteration == nullptr) {
-        search.iteration.reset(new_iteration(search.request.steps_used));
-        search.request.iteration = search.iteration.get();
+        search.iteration.reset(new_iteration(request.steps_used));
+        request.iteration = search.iteration.get();
     }
-    SearchRequest request = search.request;
+    // Both follow from the extents, so a search that throws leaves nothing to put back.
     const size_t end = search.extents[1];
     request.start = end;
     request.not_empty_at = search.extents[0] == end ? end : kUnset;

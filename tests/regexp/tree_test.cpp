@@ -293,6 +293,23 @@ TEST(Threads, ShareATree) {
     EXPECT_EQ(failures, 0);
 }
 
+TEST(Threads, HandResultsOn) {
+    const RE_Tree tree = tree_of(u"(?:a|ab|.b)*?(c)");
+    const std::u16string text = u"ababcxabcababac";
+    Results results;
+    std::thread([&] { results.reset(tree.match(text.data(), text.size(), 0)); }).join();
+    EXPECT_EQ(extent(results), Extent(0, 5));
+    std::thread([&] { EXPECT_TRUE(results->next()); }).join();
+    EXPECT_EQ(extent(results), Extent(6, 9));
+    std::thread([&] {
+        EXPECT_TRUE(results->next());
+        EXPECT_EQ(found(tree, u"xxc"), Extent(2, 3));
+    }).join();
+    EXPECT_EQ(extent(results), Extent(9, 15));
+    EXPECT_FALSE(results->next());
+    std::thread([&] { results.reset(); }).join();
+}
+
 // --- memory --------------------------------------------------------------------------------------
 
 // Each request of `body` fails in turn: it throws std::bad_alloc, or does without, and keeps no
