@@ -10,7 +10,9 @@
 // looked at for one loop only.
 //
 // Entry: lower_layout. Tested by tests/regexp/program_test.cpp.
+#include <algorithm>
 #include "regexp/characters.h"
+
 #include "regexp/lowering.h"
 
 namespace qxut::regexp {
@@ -90,8 +92,9 @@ class Layout {
         lowering_.first = lowering_.behind_nothing(lowering_.first);
         order_ = order_steps(lowering_);
         find_empty_iterations();
+        const size_t before = steps_.size();
         watch_iterations();
-        order_ = order_steps(lowering_);
+        if (steps_.size() != before) order_ = order_steps(lowering_);
         number_scopes();
         emit();
     }
@@ -167,6 +170,7 @@ void Layout::find_empty_iterations() {
 }
 
 void Layout::watch_iterations() {
+    if (std::find(is_nullable_.begin(), is_nullable_.end(), true) == is_nullable_.end()) return;
     Vector<uint32_t> place(steps_.size(), kNoWay);
     for (size_t i = 0; i < order_.size(); ++i) place[order_[i]] = static_cast<uint32_t>(i);
     Vector<uint32_t> end_of(steps_.size(), kNoWay);

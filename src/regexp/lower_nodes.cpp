@@ -270,7 +270,6 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
         const bool is_pair =
             is_high_surrogate(c) && i + 1 < node.length && is_low_surrogate(node.text[i + 1]);
         if (is_pair) c = pair_character(c, node.text[++i]);
-        const Step alone = character(c, node.ignores_case);
         char32_t members[kLargestFoldingClass];
         const size_t count = node.ignores_case ? folding_class(c, members) : 1;
         bool has_wide_member = false;
@@ -278,7 +277,7 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
             has_wide_member = has_wide_member || members[k] > 0xFFFF;
         if (is_surrogate(c) || (count > 1 && (count > 4 || has_wide_member))) {
             end_piece();
-            put(alone);
+            put(character(c, node.ignores_case));
             continue;
         }
         if (is_pair) {
