@@ -17,25 +17,24 @@
 #include "regexp/buffer.h"
 #include "regexp/narrow_result.h"
 #include "regexp/narrow_text.h"
-#include "regexp/replace_parts.h"
+#include "regexp/replace_plan.h"
 
-using qxut::regexp::fail_memory;
-using qxut::regexp::NarrowText;
+using namespace qxut::regexp;
 
 RE_Replace_Text::~RE_Replace_Text() { utFree(text_); }
 
-void RE_Replace_Text::reserve(size_t more) {
+void RE_Replace_Text::grow(size_t more) {
     constexpr size_t kMost = SIZE_MAX / sizeof(char16_t);
     constexpr size_t kLeast = 64;
     if (more > kMost - length_) fail_memory();
     const size_t doubled = capacity_ > kMost / 2 ? kMost : capacity_ * 2;
     const size_t capacity = std::max({length_ + more, doubled, kLeast});
-    text_ = qxut::regexp::resized(text_, capacity);
+    text_ = resized(text_, capacity);
     capacity_ = capacity;
 }
 
 char16_t* RE_Replace_Text::release(size_t capacity) {
-    if (capacity != capacity_) text_ = qxut::regexp::resized(text_, capacity);
+    if (capacity != capacity_) text_ = resized(text_, capacity);
     char16_t* const text = text_;
     text_ = nullptr;
     length_ = capacity_ = 0;
@@ -56,8 +55,8 @@ namespace {
 
 RE_Replace::Parts* parsed(const char16_t* text, size_t length, RE_Flags flags,
                           RE_Context* context) {
-    std::unique_ptr<RE_Replace::Parts> parts(qxut::regexp::require(new RE_Replace::Parts));
-    qxut::regexp::parse_template(text, length, flags, context, *parts);
+    std::unique_ptr<RE_Replace::Parts> parts(require(new RE_Replace::Parts));
+    parse_template(text, length, flags, context, *parts);
     return parts.release();
 }
 
@@ -66,21 +65,34 @@ RE_Replace::Parts* parsed(const char* text) {
     return parsed(units.units(), units.length(), RE_NO_FLAGS, nullptr);
 }
 
-// Hands each match to take(end of the match before, match), as many as `limit` allows (0: all), and
-// returns how many there were.
+struct DeleteIteration {
+    void operator()(Iteration* iteration) const noexcept { delete_iteration(iteration); }
+};
+
+// Hands each match to take(end of the match before, extents), as many as `limit` allows (0: all),
+// and returns how many there were. They are those of RE_Tree::match and RE_Results::next.
 template <class Take>
 size_t for_each_match(const RE_Tree& tree, const char16_t* text, size_t length, size_t limit,
                       RE_Search_Info* info, Take take) {
-    const std::unique_ptr<RE_Results> found(tree.match(text, length, 0, nullptr, info));
-    if (found == nullptr) return 0;
-    const RE_Replace_Match match{text, length, &found->tokens()};
-    size_t count = 0;
+    const RE_Tree::Parts& parts = tree.parts();
+    SearchRequest request = parts.request(text, length, 0, info);
+    Extents storage(parts.extent_count());
+    size_t* const extents = storage.data();
+    if (!run_search(request, extents, info)) return 0;
+    std::unique_ptr<Iteration, DeleteIteration> iteration;
     size_t end = 0;
-    do {
-        take(end, match, found->start(), found->end());
-        end = found->end();
-    } while (++count != limit && found->next());
-    return count;
+    for (size_t count = 1;; ++count) {
+        take(end, extents);
+        if (count == limit) return count;
+        if (iteration == nullptr) {
+            iteration.reset(new_iteration(request.steps_used));
+            request.iteration = iteration.get();
+        }
+        end = extents[1];
+        request.start = end;
+        request.not_empty_at = extents[0] == end ? end : kUnset;
+        if (!search(request, extents)) return count;
+    }
 }
 
 size_t limit_of(bool first_only, const size_t* count) {
@@ -94,20 +106,22 @@ struct Replaced {
     size_t count = 0;
     size_t capacity = 0;  // of a buffer that had it before and grew at each match
 
-    void replace(const RE_Replace& replacement, const char16_t* original, size_t length,
+    void replace(const RE_Replace::Parts& replacement, const char16_t* original, size_t length,
                  const RE_Tree& tree, size_t limit, RE_Search_Info* info) {
+        ReplacePlan plan(replacement, tree.parts());
         size_t rest = 0;
         size_t grown = length;  // the length that a text replaced in place has by now
-        count = for_each_match(
-            tree, original, length, limit, info,
-            [&](size_t from, const RE_Replace_Match& match, size_t start, size_t end) {
-                text.append(original + from, start - from);
-                const size_t before = text.length();
-                replacement.build_replace(match, text);
-                grown = grown - (end - start) + (text.length() - before);
-                capacity = qxut::regexp::grown_capacity(capacity, grown);
-                rest = end;
-            });
+        count = for_each_match(tree, original, length, limit, info,
+                               [&](size_t from, const size_t* extents) {
+                                   const size_t start = extents[0];
+                                   rest = extents[1];
+                                   if (text.text() == nullptr) text.reserve(length);
+                                   text.append(original + from, start - from);
+                                   const size_t before = text.length();
+                                   plan.build(original, length, extents, text);
+                                   grown = grown - (rest - start) + (text.length() - before);
+                                   capacity = grown_capacity(capacity, grown);
+                               });
         if (count != 0) text.append(original + rest, length - rest);
     }
 };
@@ -136,7 +150,7 @@ char16_t* RE_Replace::replace(char16_t* buffer, size_t* length, size_t* capacity
                               RE_Search_Info* info) const {
     Replaced replaced;
     replaced.capacity = *capacity;
-    replaced.replace(*this, buffer, *length, tree, limit_of(first_only, count), info);
+    replaced.replace(*parts_, buffer, *length, tree, limit_of(first_only, count), info);
     if (replaced.count != 0) {
         const size_t new_length = replaced.text.length();
         if (replaced.capacity == *capacity) {
@@ -159,11 +173,12 @@ char* RE_Replace::replace(char* buffer, size_t* length, size_t* capacity, const 
                           bool first_only, size_t* count, RE_Search_Info* info) const {
     const NarrowText units(buffer, *length);
     Replaced replaced;
-    replaced.replace(*this, units.units(), units.length(), tree, limit_of(first_only, count), info);
+    replaced.replace(*parts_, units.units(), units.length(), tree, limit_of(first_only, count),
+                     info);
     if (replaced.count != 0) {
         size_t new_length = 0;
         const std::unique_ptr<char, FreeBlock> bytes(
-            qxut::regexp::narrowed(replaced.text.text(), replaced.text.length(), &new_length));
+            narrowed(replaced.text.text(), replaced.text.length(), &new_length));
         if (new_length > *capacity) {
             if (new_length > SIZE_MAX - *capacity) fail_memory();
             buffer = static_cast<char*>(utReallocWithCheck(buffer, *capacity + new_length));
@@ -184,11 +199,11 @@ char* RE_Replace::replace(const char* buffer, size_t* length, const char* patter
     if (buffer != nullptr) bytes = length != nullptr ? *length : std::strlen(buffer);
     const NarrowText units(buffer, bytes);
     Replaced replaced;
-    replaced.replace(parsed_replacement, units.units(), units.length(), tree, first_only ? 1 : 0,
-                     nullptr);
+    replaced.replace(*parsed_replacement.parts_, units.units(), units.length(), tree,
+                     first_only ? 1 : 0, nullptr);
     char* result = nullptr;
     if (replaced.count != 0) {
-        result = qxut::regexp::narrowed(replaced.text.text(), replaced.text.length(), &bytes);
+        result = narrowed(replaced.text.text(), replaced.text.length(), &bytes);
     } else {
         if (bytes == SIZE_MAX) fail_memory();
         result = static_cast<char*>(utMallocWithCheck(bytes + 1));
@@ -208,17 +223,18 @@ void RE_Replace::stream(const char16_t* text, size_t length, const RE_Tree& tree
         if (units != 0) writer.write(piece, units);
         written += units;
     };
-    const size_t made =
-        for_each_match(tree, text, length, limit_of(first_only, count), info,
-                       [&](size_t from, const RE_Replace_Match& match, size_t start, size_t end) {
-                           built.clear();
-                           build_replace(match, built);
-                           write(text + from, start - from);
-                           const size_t result_start = written;
-                           write(built.text(), built.length());
-                           writer.replaced({start, end, result_start, written});
-                           rest = end;
-                       });
+    ReplacePlan plan(*parts_, tree.parts());
+    const size_t made = for_each_match(tree, text, length, limit_of(first_only, count), info,
+                                       [&](size_t from, const size_t* extents) {
+                                           const size_t start = extents[0];
+                                           rest = extents[1];
+                                           built.clear();
+                                           plan.build(text, length, extents, built);
+                                           write(text + from, start - from);
+                                           const size_t result_start = written;
+                                           write(built.text(), built.length());
+                                           writer.replaced({start, rest, result_start, written});
+                                       });
     write(text + rest, length - rest);
     if (count != nullptr) *count = made;
 }

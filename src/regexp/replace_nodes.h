@@ -17,8 +17,18 @@
 
 #include "regexp/allocator.h"
 
+// What an element is, for those who build without asking it.
+struct RE_Replace_Shape {
+    enum class Kind : uint8_t { other, literal, token, name, special };
+    Kind kind = Kind::other;
+    RE_Replace_Special_Kind special = RE_REPLACE_FORMER;
+    const char16_t* units = nullptr;  // of a literal, of a name
+    size_t number = 0;                // of a token; of a literal its length
+};
+
 class RE_Replace_Node : public RE_Replaceable {
   public:
+    virtual RE_Replace_Shape shape() const noexcept { return {}; }
     // Appends the line of the listing without its newline, UTF-8.
     virtual void list(std::string& text) const = 0;
     // Appends the label of the graph's node as it is shown.
@@ -30,6 +40,9 @@ class RE_Replace_String : public RE_Replace_Node {
   public:
     void build_replace(const RE_Replace_Match& match, RE_Replace_Text& result) const override;
     void list(std::string& text) const override;
+    RE_Replace_Shape shape() const noexcept override {
+        return {RE_Replace_Shape::Kind::literal, RE_REPLACE_FORMER, units.data(), units.size()};
+    }
     qxut::regexp::Vector<char16_t> units;
 };
 
@@ -51,6 +64,9 @@ class RE_Replace_Token : public RE_Replace_Evalable {
     explicit RE_Replace_Token(size_t token) noexcept : number(token) {}
     Extent extent(const RE_Replace_Match& match) const noexcept override;
     void list(std::string& text) const override;
+    RE_Replace_Shape shape() const noexcept override {
+        return {RE_Replace_Shape::Kind::token, RE_REPLACE_FORMER, nullptr, number};
+    }
     size_t number;  // SIZE_MAX when it did not fit
 };
 
@@ -60,6 +76,9 @@ class RE_Replace_Named_Token : public RE_Replace_Evalable {
     Extent extent(const RE_Replace_Match& match) const noexcept override;
     void list(std::string& text) const override;
     void label(std::string& text) const override;
+    RE_Replace_Shape shape() const noexcept override {
+        return {RE_Replace_Shape::Kind::name, RE_REPLACE_FORMER, name, 0};
+    }
     const char16_t* name;  // NUL-terminated, owned by the template's parts
 };
 
@@ -68,6 +87,9 @@ class RE_Replace_Special : public RE_Replace_Evalable {
     explicit RE_Replace_Special(RE_Replace_Special_Kind k) noexcept : kind(k) {}
     Extent extent(const RE_Replace_Match& match) const noexcept override;
     void list(std::string& text) const override;
+    RE_Replace_Shape shape() const noexcept override {
+        return {RE_Replace_Shape::Kind::special, kind, nullptr, 0};
+    }
     RE_Replace_Special_Kind kind;
 };
 

@@ -95,14 +95,17 @@ struct Replaced {
 };
 
 // Match by match, growing by the written rule.
-Replaced model(const RE_Tree& tree, const TemplateModel& replacement, const std::u16string& text,
-               size_t capacity, size_t most) {
+Replaced model(const RE_Tree& tree, const RE_Replace& made, const TemplateModel& replacement,
+               const std::u16string& text, size_t capacity, size_t most) {
     Replaced replaced{text, 0, capacity};
     size_t shift = 0;  // of the result against the original, modulo 2^64
     const std::unique_ptr<RE_Results> found(tree.match(text.data(), text.size(), 0));
     for (bool more = found != nullptr; more; more = found->next()) {
-        replaced.text.replace(found->start() + shift, found->end() - found->start(),
-                              replacement.replacement(text, found->tokens()));
+        const std::u16string piece = replacement.replacement(text, found->tokens());
+        RE_Replace_Text built;
+        made.build_replace({text.data(), text.size(), &found->tokens()}, built);
+        EXPECT_EQ(std::u16string(built.text(), built.length()), piece);
+        replaced.text.replace(found->start() + shift, found->end() - found->start(), piece);
         shift = replaced.text.size() - text.size();
         if (replaced.text.size() > replaced.capacity) replaced.capacity += replaced.text.size();
         if (++replaced.count == most) break;
@@ -278,7 +281,7 @@ TEST(Replace, AgreesWithTheModel) {
         const RE_Tree tree = tree_of(pattern);
         const RE_Replace replacement = replacement_of(replacement_text, &context);
         const Replaced expected =
-            model(tree, TemplateModel(replacement_text, true), text, capacity, most);
+            model(tree, replacement, TemplateModel(replacement_text, true), text, capacity, most);
         Buffer buffer(text, capacity);
         ASSERT_EQ(buffer.replace(replacement, tree, false, most), expected.count);
         ASSERT_EQ(buffer.text(), expected.text);

@@ -21,6 +21,7 @@
 #define QXUT_REGEXP_REPLACE_HPP
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 
 #include <qxut/regexp/flags.hpp>
@@ -46,11 +47,14 @@ class QXUT_API RE_Replace_Text : public RE_Memory {
     RE_Replace_Text(const RE_Replace_Text&) = delete;
     RE_Replace_Text& operator=(const RE_Replace_Text&) = delete;
 
+    // Makes room for so many more units. Throws std::bad_alloc.
+    void reserve(size_t more) {
+        if (more > capacity_ - length_) grow(more);
+    }
     // Copies the units, which must not be the text's own. Throws std::bad_alloc.
     void append(const char16_t* text, size_t length) {
-        if (length > capacity_ - length_) reserve(length);
-        char16_t* const end = text_ + length_;
-        for (size_t i = 0; i < length; ++i) end[i] = text[i];
+        reserve(length);
+        copy(text_ + length_, text, length);
         length_ += length;
     }
     void clear() noexcept { length_ = 0; }
@@ -63,7 +67,26 @@ class QXUT_API RE_Replace_Text : public RE_Memory {
     char16_t* release(size_t capacity);
 
   private:
-    void reserve(size_t more);
+    void grow(size_t more);
+    // Pieces are short as a rule: two moves that overlap where they must.
+    static void copy(char16_t* to, const char16_t* from, size_t length) {
+        if (length > 16) {
+            std::memcpy(to, from, length * sizeof(char16_t));
+        } else if (length >= 8) {
+            copy_ends<8>(to, from, length);
+        } else if (length >= 4) {
+            copy_ends<4>(to, from, length);
+        } else if (length >= 2) {
+            copy_ends<2>(to, from, length);
+        } else if (length == 1) {
+            *to = *from;
+        }
+    }
+    template <size_t kUnits>
+    static void copy_ends(char16_t* to, const char16_t* from, size_t length) {
+        std::memcpy(to, from, kUnits * sizeof(char16_t));
+        std::memcpy(to + length - kUnits, from + length - kUnits, kUnits * sizeof(char16_t));
+    }
     char16_t* text_ = nullptr;
     size_t length_ = 0;
     size_t capacity_ = 0;
