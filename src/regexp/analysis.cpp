@@ -42,26 +42,14 @@ void complete(Landmark& landmark) {
         return;
     }
     const Vector<UnitVariants>& units = landmark.units;
-    size_t rarest = 0;
-    size_t second = 0;
-    float least = 2;
-    float second_least = 2;
-    for (size_t i = 0; i < units.size(); ++i) {
-        const float here = frequency(units[i]);
-        if (here < least) {
-            second = std::exchange(rarest, i);
-            second_least = std::exchange(least, here);
-        } else if (here < second_least) {
-            second = i;
-            second_least = here;
-        }
-    }
-    landmark.rare[0] = rarest;
-    landmark.rare[1] = units.size() > 1 ? second : rarest;
-    landmark.frequency = units.size() > 1 ? least * second_least : least;
+    const auto [rarest, second] = rare_places(units.data(), units.size());
+    landmark.frequency = frequency(units[rarest]);
+    if (second != rarest) landmark.frequency *= frequency(units[second]);
+    landmark.literal = {units.data(), units.size(), {rarest, second}, nullptr};
     if (!is_plain(units)) return;
     landmark.plain.reserve(units.size());
     for (const UnitVariants& unit : units) landmark.plain.push_back(unit.units[0]);
+    landmark.literal.plain = landmark.plain.data();
 }
 
 class Chooser {
@@ -89,7 +77,8 @@ class Chooser {
             landmarks_ = find_landmarks(program_, distances_);
             for (FoundLandmark& found : landmarks_) {
                 Landmark& landmark = found.landmark;
-                if (starts_.begins_line && landmark.is_at_start() && !landmark.is_set) {
+                if (starts_.begins_line && landmark.is_at_start() && !landmark.is_set &&
+                    landmark.behind == 0) {
                     landmark.units.insert(landmark.units.begin(), {{u'\n', u'\n', u'\n', u'\n'}});
                     landmark.behind = 1;
                     landmark.has_newline = true;

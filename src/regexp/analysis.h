@@ -21,7 +21,7 @@ struct Landmark {
     // A literal; empty for a set. `plain` is the same in single variants where it can be.
     Vector<UnitVariants> units;
     Vector<char16_t> plain;
-    size_t rare[2] = {0, 0};
+    LiteralSearch literal;  // of them
     CharacterSet set;
     UnitSet unit_set;  // holds every first unit of the set's characters
     // How many characters the match has before it; kNoLimit as `max_before`: any number.
@@ -37,11 +37,7 @@ struct Landmark {
     bool has_newline = false;
     float frequency = 1;  // estimated
 
-    LiteralSearch literal() const {
-        return {
-            units.data(), units.size(), {rare[0], rare[1]}, plain.empty() ? nullptr : plain.data()};
-    }
-    bool is_at_start() const { return max_before == 0 && behind == 0; }
+    bool is_at_start() const { return max_before == 0; }
     size_t length() const { return is_set ? 1 : units.size(); }
 };
 

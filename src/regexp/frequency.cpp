@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <utility>
 
 namespace qxut::regexp {
 namespace {
@@ -44,6 +45,25 @@ constexpr float kAll = 4096;
 // Of a set that reaches beyond U+00FF by classes of characters, or by many of them.
 constexpr unsigned kOtherCharacters = 400;
 
+template <class Unit>
+RarePlaces rarest_of(const Unit* units, size_t length) {
+    RarePlaces places{0, 0};
+    float least = 2;
+    float second_least = 2;
+    for (size_t i = 0; i < length; ++i) {
+        const float here = frequency(units[i]);
+        if (here < least) {
+            places.second = std::exchange(places.rarest, i);
+            second_least = std::exchange(least, here);
+        } else if (here < second_least) {
+            places.second = i;
+            second_least = here;
+        }
+    }
+    if (length < 2) places.second = places.rarest;
+    return places;
+}
+
 }  // namespace
 
 float frequency(char16_t unit) noexcept { return static_cast<float>(of_unit(unit)) / kAll; }
@@ -73,6 +93,13 @@ float frequency(const CharacterSet& set) noexcept {
             sum += std::min<unsigned>(kOtherCharacters, 4 * (range.last - range.first + 1));
     }
     return std::min(1.0F, static_cast<float>(sum) / kAll);
+}
+
+RarePlaces rare_places(const char16_t* units, size_t length) noexcept {
+    return rarest_of(units, length);
+}
+RarePlaces rare_places(const UnitVariants* units, size_t length) noexcept {
+    return rarest_of(units, length);
 }
 
 }  // namespace qxut::regexp

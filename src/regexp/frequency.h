@@ -14,6 +14,14 @@ float frequency(char16_t unit) noexcept;
 float frequency(const UnitVariants& variants) noexcept;
 float frequency(const CharacterSet& set) noexcept;
 
+// The places of the two rarest units of a literal; of a single unit, its own twice.
+struct RarePlaces {
+    size_t rarest;
+    size_t second;
+};
+RarePlaces rare_places(const char16_t* units, size_t length) noexcept;
+RarePlaces rare_places(const UnitVariants* units, size_t length) noexcept;
+
 }  // namespace qxut::regexp
 
 #endif

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "regexp/frequency.h"
 #include "regexp/lowering.h"
 
 namespace qxut::regexp {
@@ -102,6 +103,7 @@ class ChoiceLowering {
     First at(uint32_t pc) const { return pc == kNoWay ? First() : first_[pc]; }
 
     void follow_loop(Instruction& in);
+    void seek_literal(const Instruction& in);
     bool may_follow(const Loop& loop, const First& first) const;
     bool may_take(const Loop& loop, uint32_t consumer) const;
     void choose(Instruction& in);
@@ -316,6 +318,19 @@ bool ChoiceLowering::may_follow(const Loop& loop, const First& first) const {
     return false;
 }
 
+void ChoiceLowering::seek_literal(const Instruction& in) {
+    Loop& loop = program_.loops[in.arg];
+    const bool takes_any = loop.what == Op::any || loop.what == Op::line;
+    if (in.op != Op::loop_lazy || !takes_any || in.next == kNoWay) return;
+    const Instruction& following = program_.code[in.next];
+    if (following.op != Op::string) return;
+    const Run run = program_.strings[following.arg];
+    const auto [rarest, second] = rare_places(program_.units.data() + run.first, run.length);
+    loop.literal = static_cast<uint32_t>(program_.literals.size());
+    program_.literals.push_back(
+        {following.arg, {static_cast<uint32_t>(rarest), static_cast<uint32_t>(second)}});
+}
+
 void ChoiceLowering::follow_loop(Instruction& in) {
     Loop& loop = program_.loops[in.arg];
     const First first = at(in.next);
@@ -324,6 +339,7 @@ void ChoiceLowering::follow_loop(Instruction& in) {
         return;
     }
     if (in.op == Op::loop_possessive) return;
+    seek_literal(in);
     bool is_anything = first.filter.has_other && first.filter.holds_at_end;
     for (const uint64_t bits : first.filter.low) is_anything = is_anything && ~bits == 0;
     if (is_anything) return;

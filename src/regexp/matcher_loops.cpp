@@ -180,12 +180,13 @@ inline bool Backtracker::may_end_at(const Loop& loop, const char16_t* p) {
 // The last place from `from` back to `low` where the loop may end; null when there is none.
 const char16_t* Backtracker::give_back(const Loop& loop, const char16_t* from,
                                        const char16_t* low) {
-    if (loop.follower == kNoWay || is_plain_) return from;
-    while (!may_end_at(loop, from)) {
-        if (from == low) return nullptr;
+    if (loop.follower == kNoWay || is_plain_ || may_end_at(loop, from)) return from;
+    const Filter& filter = program_->filters[loop.follower];
+    while (from != low) {
         from = before_character(from, begin_);
+        if (filter.passes(*from)) return from;
     }
-    return from;
+    return nullptr;
 }
 
 // As scan, but not into a place where the loop is known to fail.
@@ -267,11 +268,69 @@ bool Backtracker::resume_greedy(State& state) {
     return true;
 }
 
+// Over units, no halves of pairs, that the loop takes and that nothing which may follow begins
+// with; for loops that take nearly everything, and not far at once.
+const char16_t* Backtracker::behind_no_end(const Loop& loop, const char16_t* p) const {
+    const Filter& filter = program_->filters[loop.follower];
+    const char16_t* const end = end_ - p > kUnitsAtOnce ? p + kUnitsAtOnce : end_;
+    const auto over = [&](auto takes_low) {
+        return behind_units(p, end, [&](char16_t unit) {
+            if (filter.passes(unit)) return false;
+            return unit < 256 ? takes_low(unit) : !is_surrogate(unit);
+        });
+    };
+    switch (loop.units) {
+        case LoopUnits::all:
+            return over([](char16_t) { return true; });
+        case LoopUnits::but_newline:
+            return over([](char16_t unit) { return unit != u'\n'; });
+        case LoopUnits::low_or_high:
+            return over(
+                [&loop](char16_t unit) { return (loop.low[unit / 64] >> unit % 64 & 1) != 0; });
+        default:
+            return p;
+    }
+}
+
+// The next place where the literal stands that follows the loop; null when the loop does not reach
+// one.
+const char16_t* Backtracker::lazy_literal(const Loop& loop, const char16_t*& p) {
+    const SoughtLiteral& sought = program_->literals[loop.literal];
+    const Run run = program_->strings[sought.string];
+    const LiteralSearch literal{
+        nullptr, run.length, {sought.rare[0], sought.rare[1]}, program_->units.data() + run.first};
+    // A line is mostly short, and what stands behind it is of no use.
+    const size_t most = loop.what == Op::any ? size_t{kUnitsAtOnce} : kUnitsOfLine;
+    for (;;) {
+        const auto left = static_cast<size_t>(end_ - p);
+        if (left < run.length) {
+            reached_end_ = true;
+            return nullptr;
+        }
+        const size_t piece = std::min(left - run.length + 1, most);
+        size_t end = piece;
+        bool ends = false;
+        if (loop.what == Op::line) {
+            const size_t newline = find_in_set(p, 0, piece, kNewline);
+            ends = newline != piece;
+            if (ends) end = newline + 1;
+        }
+        const size_t found = find_literal(p, 0, end, literal);
+        charge(found, p);
+        p += found;
+        if (found != end) return p;
+        if (ends) return nullptr;
+    }
+}
+
 // The next place from `p` on where a lazy loop may end; null, and `p` the last place where it
 // stood, when it cannot go so far.
 const char16_t* Backtracker::lazy_end(const Loop& loop, uint32_t pc, const char16_t*& p,
                                       uint32_t& room) {
     const char16_t* const from = p;
+    const bool goes_freely = room == kNoLimit && !is_recording_ && !is_plain_;
+    if (goes_freely && loop.literal != kNoWay) return lazy_literal(loop, p);
+    if (goes_freely && loop.follower != kNoWay) p = behind_no_end(loop, p);
     while (loop.follower != kNoWay && !is_plain_ && !may_end_at(loop, p)) {
         const char16_t* after = p;
         if (room == 0 || !takes(loop, after)) return nullptr;

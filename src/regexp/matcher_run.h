@@ -69,6 +69,7 @@ class Backtracker {
     int32_t poll(const char16_t* position, int32_t countdown);
     static constexpr size_t kUnitsOfStep = 32;
     static constexpr ptrdiff_t kUnitsAtOnce = 1 << 14;
+    static constexpr size_t kUnitsOfLine = 512;
 
     // The stack.
     Entry* grow(Entry* top, const char16_t* position);
@@ -107,6 +108,8 @@ class Backtracker {
     bool start_lazy(State& state);
     bool resume_lazy(State& state);
     bool start_possessive(State& state);
+    const char16_t* behind_no_end(const Loop& loop, const char16_t* p) const;
+    const char16_t* lazy_literal(const Loop& loop, const char16_t*& p);
     const char16_t* lazy_end(const Loop& loop, uint32_t pc, const char16_t*& p, uint32_t& room);
 
     // Look-behind.

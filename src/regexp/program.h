@@ -127,11 +127,19 @@ struct Loop {
     uint32_t min = 0;
     uint32_t max = kNoLimit;
     uint32_t follower = kNoWay;    // of Program::filters: what may follow; kNoWay: anything
+    uint32_t literal = kNoWay;     // of Program::literals: what follows a lazy one
     Op written = Op::loop_greedy;  // the instruction before what follows was looked at
     LoopUnits units = LoopUnits::characters;
     char16_t first[2] = {};
     char16_t last[2] = {};
     uint64_t low[4] = {};
+};
+
+// A literal that a lazy loop over any characters looks for, with the places of two units of it that
+// are rare in texts.
+struct SoughtLiteral {
+    uint32_t string = 0;  // of Program::strings
+    uint32_t rare[2] = {};
 };
 
 // What units a way on can begin with.
@@ -208,6 +216,7 @@ struct Program : RE_Memory {
     Vector<FoldedUnit> folded_units;
     Vector<Loop> loops;
     Vector<Filter> filters;
+    Vector<SoughtLiteral> literals;
     Vector<Counter> counters;
     Vector<Region> regions;
     Vector<Reference> references;

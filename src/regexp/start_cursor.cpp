@@ -77,7 +77,7 @@ size_t StartCursor::find(const Landmark& landmark, size_t from, const SeekPoll& 
     if (length_ < landmark.length()) return kUnset;
     const size_t end = length_ - landmark.length() + 1;
     if (!landmark.is_set) {
-        const LiteralSearch literal = landmark.literal();
+        const LiteralSearch& literal = landmark.literal;
         return in_pieces(from, end, poll, [&](size_t begin, size_t stop) {
             return find_literal(text_, begin, stop, literal);
         });
@@ -179,19 +179,23 @@ bool StartCursor::find_window(size_t from, size_t at, Window& window, const Seek
     return true;
 }
 
-// Where matches begin with the landmark.
+// Where matches begin with the landmark, or right behind it.
 size_t StartCursor::first_at_landmark(size_t from, const SeekPoll& poll) {
-    for (;; ++from) {
-        from = find(starts_->landmark, from, poll);
-        if (from == kUnset) return kUnset;
-        if (!is_inside_pair(from) && (!starts_->begins_line || is_line_start(from))) return from;
+    const Landmark& landmark = starts_->landmark;
+    // A start of the text has no newline before it.
+    if (landmark.has_newline && from == 0 && may_begin(0)) return 0;
+    for (size_t at = from > landmark.behind ? from - landmark.behind : 0;; ++at) {
+        at = find(landmark, at, poll);
+        if (at == kUnset) return kUnset;
+        const size_t start = at + landmark.behind;
+        if (!is_inside_pair(at) && !is_inside_pair(start) &&
+            (!starts_->begins_line || is_line_start(start)))
+            return start;
     }
 }
 
 size_t StartCursor::first_before_landmark(size_t from, const SeekPoll& poll) {
     const Landmark& landmark = starts_->landmark;
-    // A start of the text has no newline before it.
-    if (landmark.has_newline && from == 0 && may_begin(0)) return 0;
     Window window = window_;
     size_t next = 0;  // no landmark before it is of use
     if (window.from != kUnset && from >= window.from) {

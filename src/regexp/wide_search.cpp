@@ -60,22 +60,25 @@ HWY_INLINE uint64_t bits_of(D d, Mask mask) {
     return bits;
 }
 
+// The first of the places base + n, n being the number of a set bit, that the test confirms.
+template <class Test>
+HWY_INLINE size_t first_confirmed(const Test& test, uint64_t bits, size_t base, size_t none) {
+    for (; bits != 0; bits &= bits - 1) {
+        const size_t place = base + static_cast<size_t>(std::countr_zero(bits));
+        if (test.confirm(place)) return place;
+    }
+    return none;
+}
+
 // Goes through [from, end). test.matches(i) gives a mask of the lanes from i on, and
 // test.confirm(i) has the last word on a place.
 template <class Test>
 HWY_INLINE size_t scan_lanes(const Test& test, size_t from, size_t end) {
     const size_t lanes = test.lanes();
     size_t at = from;
-    const auto first_of = [&](uint64_t bits, size_t base) HWY_ATTR {
-        for (; bits != 0; bits &= bits - 1) {
-            const size_t place = base + static_cast<size_t>(std::countr_zero(bits));
-            if (test.confirm(place)) return place;
-        }
-        return end;
-    };
     if (end - at >= lanes) {
         // What is looked for is often near.
-        const size_t found = first_of(test.bits(test.matches(at)), at);
+        const size_t found = first_confirmed(test, test.bits(test.matches(at)), at, end);
         if (found != end) return found;
         at += lanes;
     }
@@ -83,14 +86,14 @@ HWY_INLINE size_t scan_lanes(const Test& test, size_t from, size_t end) {
         const auto low = test.matches(at);
         const auto high = test.matches(at + lanes);
         if (HWY_LIKELY(test.none_of_both(low, high))) continue;
-        size_t found = first_of(test.bits(low), at);
-        if (found == end) found = first_of(test.bits(high), at + lanes);
+        size_t found = first_confirmed(test, test.bits(low), at, end);
+        if (found == end) found = first_confirmed(test, test.bits(high), at + lanes, end);
         if (found != end) return found;
     }
     while (at < end) {
         const size_t base = end - at >= lanes ? at : end - lanes;
         const uint64_t bits = test.bits(test.matches(base)) >> (at - base) << (at - base);
-        const size_t found = first_of(bits, base);
+        const size_t found = first_confirmed(test, bits, base, end);
         if (found != end) return found;
         at = base + lanes;
     }
@@ -116,6 +119,12 @@ class LanesOf {
 
 // --- literals ---------------------------------------------------------------------------------
 
+UnitVariants rare_unit(const LiteralSearch& literal, int i) {
+    if (literal.plain == nullptr) return literal.units[literal.rare[i]];
+    const char16_t unit = literal.plain[literal.rare[i]];
+    return {{unit, unit, unit, unit}};
+}
+
 // Variants is how many units are compared at each of the two places.
 template <class D, int Variants>
 class LiteralTest : public LanesOf<D> {
@@ -126,12 +135,10 @@ class LiteralTest : public LanesOf<D> {
     HWY_INLINE LiteralTest(const char16_t* text, const LiteralSearch& literal)
         : text_(text), literal_(literal) {
         for (int i = 0; i < 2; ++i) {
-            const UnitVariants& variants = literal.units[literal.rare[i]];
+            const UnitVariants variants = rare_unit(literal, i);
             place_[i] = units_of(text) + literal.rare[i];
-            one_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[0]));
-            two_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[1]));
-            three_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[2]));
-            four_[i] = hn::Set(d_, static_cast<uint16_t>(variants.units[3]));
+            for (int v = 0; v < Variants; ++v)
+                unit_[i][v] = hn::Set(d_, static_cast<uint16_t>(variants.units[v]));
         }
     }
     HWY_INLINE hn::Mask<D> matches(size_t at) const { return hn::And(holds(at, 0), holds(at, 1)); }
@@ -140,26 +147,24 @@ class LiteralTest : public LanesOf<D> {
   private:
     HWY_INLINE hn::Mask<D> holds(size_t at, int i) const {
         const V units = hn::LoadU(d_, place_[i] + at);
-        hn::Mask<D> found = hn::Eq(units, one_[i]);
-        if (Variants > 1) found = hn::Or(found, hn::Eq(units, two_[i]));
-        if (Variants > 2) {
-            found = hn::Or(found, hn::Or(hn::Eq(units, three_[i]), hn::Eq(units, four_[i])));
-        }
+        hn::Mask<D> found = hn::Eq(units, unit_[i][0]);
+        for (int v = 1; v < Variants; ++v) found = hn::Or(found, hn::Eq(units, unit_[i][v]));
         return found;
     }
 
     const char16_t* text_;
     const LiteralSearch& literal_;
     const uint16_t* place_[2];
-    V one_[2], two_[2], three_[2], four_[2];
+    V unit_[2][Variants];
 };
 
 template <class D>
 HWY_INLINE size_t find_literal_in_lanes(const char16_t* text, size_t from, size_t end,
                                         const LiteralSearch& literal) {
-    const UnitVariants& a = literal.units[literal.rare[0]];
-    const UnitVariants& b = literal.units[literal.rare[1]];
-    if (a.is_one() && b.is_one()) return scan_lanes(LiteralTest<D, 1>(text, literal), from, end);
+    const UnitVariants a = rare_unit(literal, 0);
+    const UnitVariants b = rare_unit(literal, 1);
+    if (literal.plain != nullptr || (a.is_one() && b.is_one()))
+        return scan_lanes(LiteralTest<D, 1>(text, literal), from, end);
     if (a.is_two_at_most() && b.is_two_at_most())
         return scan_lanes(LiteralTest<D, 2>(text, literal), from, end);
     return scan_lanes(LiteralTest<D, 4>(text, literal), from, end);

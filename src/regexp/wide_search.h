@@ -28,11 +28,10 @@ struct UnitVariants {
 // A run of units, one variant each at least. Two of its places, that are rare in texts, are looked
 // for; where both are met the rest is compared.
 struct LiteralSearch {
-    const UnitVariants* units = nullptr;
-    size_t length = 0;        // at least 1
-    size_t rare[2] = {0, 0};  // the places; the same one for a single unit
-    // The same units where each has one variant; else null.
-    const char16_t* plain = nullptr;
+    const UnitVariants* units = nullptr;  // may be null where there is `plain`
+    size_t length = 0;                    // at least 1
+    size_t rare[2] = {0, 0};              // the places; the same one for a single unit
+    const char16_t* plain = nullptr;      // the units where each has one variant; else null
 };
 size_t find_literal(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal);
 
