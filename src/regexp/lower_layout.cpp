@@ -11,8 +11,8 @@
 //
 // Entry: lower_layout. Tested by tests/regexp/program_test.cpp.
 #include <algorithm>
-#include "regexp/characters.h"
 
+#include "regexp/characters.h"
 #include "regexp/lowering.h"
 
 namespace qxut::regexp {

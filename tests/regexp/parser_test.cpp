@@ -448,6 +448,16 @@ TEST(Parser, TokenNumbers) {
               "1f>20 Match Token #9; 20>21 Match '9999999999999999999999'; 21>0 <EOT>");
 }
 
+// Where each node's construct stands: a copy's where the atom does, a loop's at its quantifier.
+TEST(Parser, Positions) {
+    const Parsed parsed = parse_text(u"xy(a|b)+[c-e]{3}+z");
+    std::string positions;
+    for (const RE_Node* node : number_nodes(*parsed.pattern)) {
+        positions += std::to_string(node->position) + " ";
+    }
+    EXPECT_EQ(positions, "0 2 3 3 6 7 2 3 3 6 5 13 13 9 8 5 17 18 ");
+}
+
 TEST(Parser, AmbiguousRange) {
     check({{u"[A-z]", "i", "1>2 Match [A-z] ignoring case (ambiguous); 2>3 Consume 3; 3>0 <EOT>"}});
 }
