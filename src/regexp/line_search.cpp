@@ -16,8 +16,9 @@
 namespace qxut::regexp {
 namespace {
 
-constexpr UnitVariants kNewline = {{u'\n', u'\n', u'\n', u'\n'}};
-constexpr char16_t kPlainNewline = u'\n';
+constexpr char16_t kNewline = u'\n';
+constexpr UnitVariants kNewlineVariants = {{kNewline, kNewline, kNewline, kNewline}};
+constexpr LiteralSearch kNewlineSearch = {&kNewlineVariants, 1, {0, 0}, &kNewline};
 constexpr size_t kUnitsBetweenPolls = 32768;
 
 class Lines {
@@ -28,9 +29,8 @@ class Lines {
     bool go_to(size_t place) {
         if (is_there_ && place >= begin_ && place <= end_) return false;
         const size_t least = is_there_ && place > end_ ? end_ + 1 : 0;
-        for (begin_ = place; begin_ > least && text_[begin_ - 1] != u'\n';) --begin_;
-        const LiteralSearch newline{&kNewline, 1, {0, 0}, &kPlainNewline};
-        end_ = find_literal(text_, place, length_, newline);
+        for (begin_ = place; begin_ > least && text_[begin_ - 1] != kNewline;) --begin_;
+        end_ = find_literal(text_, place, length_, kNewlineSearch);
         is_there_ = true;
         return true;
     }
@@ -75,10 +75,8 @@ bool search_beginnings(const SearchRequest& request, Backtracker& backtracker, L
     return false;
 }
 
-}  // namespace
-
-bool search_lines(const SearchRequest& request, Backtracker& backtracker, const SeekPoll& poll) {
-    Lines lines(request);
+bool find_in_lines(const SearchRequest& request, Backtracker& backtracker, Lines& lines,
+                   const SeekPoll& poll) {
     if (request.anchored) {
         lines.go_to(request.start);
         backtracker.narrow(lines.begin(), lines.end());
@@ -106,6 +104,16 @@ bool search_lines(const SearchRequest& request, Backtracker& backtracker, const 
         }
     }
     return false;
+}
+
+}  // namespace
+
+bool search_lines(SearchRequest& request, Backtracker& backtracker, const SeekPoll& poll) {
+    Lines lines(request);
+    if (!find_in_lines(request, backtracker, lines, poll)) return false;
+    request.line_start = lines.begin();
+    request.line_end = lines.end();
+    return true;
 }
 
 }  // namespace qxut::regexp

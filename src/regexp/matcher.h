@@ -44,6 +44,9 @@ struct SearchRequest {
     void* const* functions = nullptr;  // the prepared expressions, by RE_Text::id; null: none
     RE_Seek_Table* table = nullptr;
     Iteration* iteration = nullptr;  // null: a search of its own
+    // With `lines`, that of the match.
+    size_t line_start = 0;
+    size_t line_end = 0;
     // Answers, an error or not.
     uint64_t steps_used = 0;  // of the whole iteration
     bool reached_end = false;

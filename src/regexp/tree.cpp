@@ -73,7 +73,12 @@ bool run_search(SearchRequest& request, size_t* extents, RE_Search_Info* info) {
     } report{request, info};
     if (request.start > request.length) return false;
     if (!search(request, extents)) return false;
-    if (info != nullptr) info->end = extents[1];
+    if (info == nullptr) return true;
+    info->end = extents[1];
+    if (request.lines) {
+        info->line_start = request.line_start;
+        info->line_end = request.line_end;
+    }
     return true;
 }
 

@@ -24,6 +24,12 @@ Found match(const RE_Tree& tree, std::u16string_view text, size_t start, unsigne
         tree.match(text.data(), text.size(), start, nullptr, &info)};
     Found found;
     if (results == nullptr) return found;
+    if ((flags & RE_SEARCH_LINES) != 0) {
+        EXPECT_LE(info.line_start, results->start());
+        EXPECT_LE(results->end(), info.line_end);
+        EXPECT_TRUE(info.line_start == 0 || text[info.line_start - 1] == u'\n');
+        EXPECT_TRUE(info.line_end == text.size() || text[info.line_end] == u'\n');
+    }
     found.is_there = true;
     for (size_t i = 0; i <= results->tokens().count(); ++i) {
         const RE_TokenInfo* token = results->tokens().get(i);

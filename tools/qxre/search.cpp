@@ -1,22 +1,25 @@
 // search.cpp - see search.h. Tested by tests/tools/qxre_test.py.
 #include "search.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <qxut/system/throwable.hpp>
 
 namespace qxre {
 
-// The library itself searches in lines, which end with a newline alone. The last newline is kept
-// from it, as no line begins behind it.
+LineSearch::LineSearch(const RE_Tree& tree, const Block& block)
+    : tree_(tree), text_(block.text), at_once_(!block.may_have_returns) {
+    // The last newline is kept from the library, as no line begins behind it.
+    at_once_info_.length = text_.size() - (text_.ends_with(u'\n') ? 1 : 0);
+    at_once_info_.flags = RE_SEARCH_LINES;
+}
+
+// The library itself searches in lines, which end with a newline alone.
 bool LineSearch::find_at_once(size_t from, Line& line) {
-    const size_t length = text_.size() - (text_.back() == u'\n' ? 1 : 0);
-    RE_Search_Info info;
-    info.length = length;
-    info.flags = RE_SEARCH_LINES;
-    size_t start = from;
-    if (!tree_.match_bool(text_.data(), &start, &info)) return false;
-    line = line_at(text_, line_begin(text_, start));
+    if (!tree_.match_bool(text_.data(), &from, &at_once_info_)) return false;
+    const size_t end = at_once_info_.line_end;
+    line = {at_once_info_.line_start, end, std::min(end + 1, text_.size())};
     return true;
 }
 

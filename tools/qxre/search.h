@@ -29,8 +29,7 @@ struct Match {
 // The lines of a block that have a match, one after the other.
 class LineSearch {
   public:
-    LineSearch(const RE_Tree& tree, const Block& block)
-        : tree_(tree), text_(block.text), at_once_(!block.may_have_returns) {}
+    LineSearch(const RE_Tree& tree, const Block& block);
 
     // The first such line at or behind `from`, the beginning of a line. Throws what RE_Tree::match
     // throws, with `from` at the line that could not be searched.
@@ -42,6 +41,7 @@ class LineSearch {
     const RE_Tree& tree_;
     std::u16string_view text_;
     bool at_once_;  // lines are not cut out one by one
+    RE_Search_Info at_once_info_;
 };
 
 // All matches in a text, each next one as the library iterates them.

@@ -20,7 +20,7 @@ namespace {
 using Quorvanix::I18N::ConversionStream;
 using Quorvanix::I18N::Recognition;
 
-constexpr size_t kBlock = size_t{256} * 1024;
+constexpr size_t kBlock = size_t{128} * 1024;
 
 bool begins_with(const std::string& text, const char* prefix) {
     return text.compare(0, std::strlen(prefix), prefix) == 0;

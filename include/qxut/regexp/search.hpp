@@ -41,6 +41,9 @@ struct RE_Search_Info {
     RE_Context* context = nullptr;
     // What the call answers, an error or not.
     size_t end = 0;  // the end of the match; unchanged without one
+    // With RE_SEARCH_LINES, the line of the match, without its newline; unchanged without one.
+    size_t line_start = 0;
+    size_t line_end = 0;
     uint64_t steps_used = 0;
     bool reached_end = false;  // whether the answer depended on where the text ends
 };
