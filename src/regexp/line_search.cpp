@@ -10,15 +10,29 @@
 // lines one by one.
 #include "regexp/line_search.h"
 
+#include <cstring>
+
 #include "regexp/analysis.h"
-#include "regexp/wide_search.h"
 
 namespace qxut::regexp {
 namespace {
 
 constexpr char16_t kNewline = u'\n';
-constexpr UnitVariants kNewlineVariants = {{kNewline, kNewline, kNewline, kNewline}};
-constexpr LiteralSearch kNewlineSearch = {&kNewlineVariants, 1, {0, 0}, &kNewline};
+
+// The first newline in [from, length), or `length`. Lines are short, and for short ways nothing
+// beats memchr over the bytes; what it finds may be a half of another unit.
+size_t find_newline(const char16_t* text, size_t from, size_t length) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+    const size_t end = length * sizeof(char16_t);
+    for (size_t at = from * sizeof(char16_t); at < end;) {
+        const void* const found = std::memchr(bytes + at, kNewline, end - at);
+        if (found == nullptr) break;
+        at = static_cast<size_t>(static_cast<const unsigned char*>(found) - bytes);
+        if (text[at / sizeof(char16_t)] == kNewline) return at / sizeof(char16_t);
+        ++at;
+    }
+    return length;
+}
 constexpr size_t kUnitsBetweenPolls = 32768;
 
 class Lines {
@@ -30,7 +44,7 @@ class Lines {
         if (is_there_ && place >= begin_ && place <= end_) return false;
         const size_t least = is_there_ && place > end_ ? end_ + 1 : 0;
         for (begin_ = place; begin_ > least && text_[begin_ - 1] != kNewline;) --begin_;
-        end_ = find_literal(text_, place, length_, kNewlineSearch);
+        end_ = find_newline(text_, place, length_);
         is_there_ = true;
         return true;
     }

@@ -7,8 +7,8 @@
 
 namespace qxut::regexp {
 
-// The leftmost match from the request's start on, whose line is the first one searched; false when
-// there is none. The backtracker holds what it matched, the request gets the line.
+// The first match from the request's start on; false when there is none. The backtracker holds what
+// it matched, the request gets the line.
 bool search_lines(SearchRequest& request, Backtracker& backtracker, const SeekPoll& poll);
 
 }  // namespace qxut::regexp

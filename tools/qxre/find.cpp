@@ -227,7 +227,8 @@ void Finder::search_file(const std::string& name) {
             search_lines(block);
             show_warnings();
             output_.flush();
-            lines_ += count_newlines(block.text);
+            lines_ +=
+                input.newline() == "\n" ? count_newlines(block.bytes) : count_newlines(block.text);
         }
     }
     finish_file();

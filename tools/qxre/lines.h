@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string_view>
+#include <type_traits>
 
 namespace qxre {
 
@@ -44,25 +46,28 @@ inline Line line_at(std::u16string_view text, size_t begin) {
     return {begin, newline - (has_return ? 1 : 0), newline + 1};
 }
 
-// How many lines end in the text. The inner loops have fixed lengths, which compilers vectorise.
-inline size_t count_newlines(std::u16string_view text) {
-    constexpr size_t kLanes = 32;
-    constexpr size_t kRounds = 65535;  // as many as a lane can count
+// How many newlines there are. The inner loops have fixed lengths, which compilers vectorise.
+template <class Unit>
+size_t count_newlines(std::basic_string_view<Unit> text) {
+    using Lane = std::make_unsigned_t<std::conditional_t<sizeof(Unit) == 1, char, int16_t>>;
+    constexpr size_t kLanes = 64 / sizeof(Unit);
+    constexpr size_t kRounds = std::numeric_limits<Lane>::max();  // as many as a lane can count
     size_t count = 0;
     size_t i = 0;
     while (text.size() - i >= kLanes) {
-        uint16_t lanes[kLanes] = {};
+        Lane lanes[kLanes] = {};
         const size_t rounds = std::min((text.size() - i) / kLanes, kRounds);
         for (size_t round = 0; round < rounds; ++round, i += kLanes) {
             for (size_t lane = 0; lane < kLanes; ++lane)
                 lanes[lane] =
-                    static_cast<uint16_t>(lanes[lane] + (text[i + lane] == u'\n' ? 1 : 0));
+                    static_cast<Lane>(lanes[lane] + (text[i + lane] == Unit{'\n'} ? 1 : 0));
         }
-        for (const uint16_t lane : lanes) count += lane;
+        for (const Lane lane : lanes) count += lane;
     }
-    for (; i < text.size(); ++i) count += text[i] == u'\n' ? 1 : 0;
+    for (; i < text.size(); ++i) count += text[i] == Unit{'\n'} ? 1 : 0;
     return count;
 }
+inline size_t count_newlines(std::u16string_view text) { return count_newlines<char16_t>(text); }
 
 // How many lines there are in the text, whose last one may be without its end.
 inline size_t count_lines(std::u16string_view text) {
