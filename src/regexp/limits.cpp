@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include <qxut/regexp/regexp.h>
+
 namespace qxut::regexp {
 namespace {
 

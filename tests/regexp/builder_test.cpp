@@ -6,7 +6,9 @@
 #include <qxut/util/output.h>
 #include <qxut/regexp/tree.hpp>
 
+#include <iterator>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "support/failing_malloc.h"
@@ -194,6 +196,44 @@ TEST(Builder, Groups) {
     };
     for (const Row& row : rows) expect_built(row);
     EXPECT_ANY_THROW(RE_Tree(set_mode(RE_IGNORE_CASE, RE_IGNORE_CASE), false));
+}
+
+// Pieces that are complete by themselves, put together at random: what the builder does not wrap
+// means what it means in a group.
+TEST(Builder, WrapsWhateverNeedsIt) {
+    constexpr const char* kPieces[] = {
+        "a",      "b",          "|",        R"(\d)",  R"(\x41)",  R"(\x4)", R"(\x{41})", R"(\o7)",
+        R"(\))",  "[a]",        "[]",       "[^b-d]", R"([\]b])", "[(]",    "(?:a)",     "(?:a|b)",
+        "(?=a)",  "(?!a|b)",    "(?<=a)",   "(?i:a)", "(?#a|b)",  "(?>ab)", "(?(1)a|b)", "*",
+        "+",      "?",          "{2}",      "{1,3}?", "^",        "$",      ".",         "1",
+        "\u00E9", "\U0001F600", R"(\k<n>)", R"(\1)",  "(??a|b)",  "7",      "(?:(?:a))", "A"};
+    std::mt19937 random(5);
+    const auto text = [&](size_t most) {
+        std::string made;
+        for (size_t i = random() % most; i != 0; --i)
+            made += kPieces[random() % std::size(kPieces)];
+        return made;
+    };
+    const auto group = [](const std::string& inside) { return "(?:" + inside + ")"; };
+    for (int round = 0; round < 3000; ++round) {
+        const std::string a = text(4);
+        const std::string b = text(4);
+        SCOPED_TRACE(a + "   " + b);
+        const RE_Builder first = a.c_str();
+        const RE_Builder second = b.c_str();
+        ASSERT_EQ(listing(RE_Tree(kleene(first), false)),
+                  listing(RE_Tree((group(a) + "*").c_str(), false)));
+        const RE_Tree sum(first + second, false);
+        const RE_Tree groups((group(a) + group(b)).c_str(), false);
+        for (const char* subject : {"abA1Ab1aa7b", "b7\u00E9\U0001F600aa\aA11A4"}) {
+            const std::unique_ptr<RE_Results> one(sum.match(subject));
+            const std::unique_ptr<RE_Results> other(groups.match(subject));
+            ASSERT_EQ(one == nullptr, other == nullptr) << subject;
+            if (one == nullptr) continue;
+            ASSERT_EQ(one->start(), other->start()) << subject;
+            ASSERT_EQ(one->end(), other->end()) << subject;
+        }
+    }
 }
 
 TEST(Builder, MemoryThatIsShortChangesNothing) {

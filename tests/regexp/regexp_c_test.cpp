@@ -3,7 +3,6 @@
 
 #include <qxut/regexp/regexp.h>
 #include <qxut/util/interrupt.h>
-#include <qxut/regexp/search.hpp>
 #include <qxut/system/mediator.hpp>
 #include <qxut/util/contexts.hpp>
 

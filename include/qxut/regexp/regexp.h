@@ -29,6 +29,11 @@ enum ut_regexp_code {
     UT_REGEXP_DEPTH_LIMIT = 2686981
 };
 
+/* Sets the process-wide bounds of a search: steps (by default 10^7 + 256 * length * program size),
+ * bytes of working memory (64 MiB), nesting of dynamic patterns (100). Set at start-up, by one
+ * thread; 0 goes back to the default. */
+QXUT_API void utSetRegexpLimits(uint64_t steps, size_t memory, size_t dynamic_depth);
+
 /* An extent, half open; both SIZE_MAX for a token that took no part. */
 typedef struct utRegexpExtent {
     size_t start;

@@ -6,27 +6,27 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <qxut/regexp/regexp.h>
 #include <qxut/regexp/memory.hpp>
 
 class RE_Context;
 
 // Bounds on the work of one call, whatever the pattern and the text; reaching one is an error,
-// never "no match". 0 in a field stands for the process-wide default.
+// never "no match". 0 in a field stands for the process-wide default
+// (utSetRegexpLimits).
 struct RE_Limits {
     uint64_t steps = 0;        // default: 10^7 + 256 * length * program size
     size_t memory = 0;         // bytes of the matcher's working memory; default 64 MiB
     size_t dynamic_depth = 0;  // nesting of dynamic patterns; default 100
 };
 
-// The process-wide defaults. They are set at start-up, by one thread; 0 goes back to those above.
-extern "C" QXUT_API void utSetRegexpLimits(uint64_t steps, size_t memory, size_t dynamic_depth);
-
 enum RE_Search_Flags : unsigned {
     RE_SEARCH_DEFAULT = 0,
     RE_SEARCH_ANCHORED = 1,   // the match begins at the start position or there is none
     RE_SEARCH_NOT_EMPTY = 2,  // a match of no characters is none, wherever it stands
-    // Each line of the text, what stands between newlines, is searched as a text of its own: nothing
-    // of a match, its anchors or what it looks at lies outside its line. Extents are of the text.
+    // Each line of the text, what stands between newlines, is searched as a text of its own:
+    // nothing of a match, its anchors or what it looks at lies outside its line. Extents are of the
+    // text.
     RE_SEARCH_LINES = 4,
 };
 
