@@ -66,6 +66,7 @@ Program lower(const Pattern& pattern, const Program* outer) {
     program.records_failures = !pattern.has_back_references && !pattern.has_dynamic_parts;
     find_tested_tokens(program);
     lower_choices(program);
+    lower_scans(program, outer == nullptr);
     return std::move(program);
 }
 

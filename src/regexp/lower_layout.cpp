@@ -33,50 +33,6 @@ uint32_t link_of(const Lowering& lowering, const Step& step, uint32_t index) {
     return index == 1 ? step.next : step.body;
 }
 
-bool is_unit(char32_t c) { return c <= 0xFFFF && !is_surrogate(c); }
-
-// How the loop can be gone through by units.
-void set_units(Loop& loop, const Program& program) {
-    if (loop.what == Op::any) loop.units = LoopUnits::all;
-    if (loop.what == Op::line) loop.units = LoopUnits::but_newline;
-    if (loop.what == Op::character && is_unit(loop.arg)) {
-        loop.units = LoopUnits::one;
-        loop.first[0] = static_cast<char16_t>(loop.arg);
-    }
-    if (loop.what == Op::either && is_unit(loop.arg) && is_unit(loop.other)) {
-        loop.units = LoopUnits::two;
-        loop.first[0] = static_cast<char16_t>(loop.arg);
-        loop.first[1] = static_cast<char16_t>(loop.other);
-    }
-    if (loop.what != Op::set) return;
-    const CharacterSet& set = program.sets[loop.arg];
-    for (size_t i = 0; i < 4; ++i) loop.low[i] = set.low()[i];
-    if (!set.has_high()) {
-        loop.units = LoopUnits::low;
-        return;
-    }
-    if (set.classes() != 0) return;
-    if (set.is_negated()) {
-        if (set.ranges().empty()) loop.units = LoopUnits::low_or_high;
-        return;
-    }
-    size_t count = 0;
-    for (const CharacterSet::Range& range : set.ranges()) {
-        constexpr char32_t kFirstSurrogate = 0xD800;
-        constexpr char32_t kLastSurrogate = 0xDFFF;
-        const bool has_surrogates = range.first <= kLastSurrogate && range.last >= kFirstSurrogate;
-        if (count == 2 || range.last > 0xFFFF || has_surrogates) return;
-        loop.first[count] = static_cast<char16_t>(range.first);
-        loop.last[count] = static_cast<char16_t>(range.last);
-        ++count;
-    }
-    if (count == 1) {
-        loop.first[1] = loop.first[0];
-        loop.last[1] = loop.last[0];
-    }
-    loop.units = LoopUnits::ranges;
-}
-
 class Layout {
   public:
     explicit Layout(Lowering& lowering)
@@ -258,7 +214,6 @@ void Layout::emit() {
                 made.arg = static_cast<uint32_t>(program_.loops.size());
                 program_.loops.push_back(step.repeat);
                 program_.loops.back().written = step.op;
-                set_units(program_.loops.back(), program_);
                 break;
             case Op::choice: {
                 Choice choice;

@@ -150,7 +150,16 @@ void LoopLowering::lower_atomic(Step& step) {
 void LoopLowering::join(Step& step) {
     if (step.next == kNoWay) return;
     const Step& following = steps_[step.next];
-    if (following.kind != Step::Kind::plain || !is_loop(following.op)) return;
+    if (following.kind != Step::Kind::plain) return;
+    if (is_single(following.op)) {
+        // Characters are better left to the literals that the search for starts looks for.
+        if (step.op != Op::set || following.op != Op::set || step.arg != following.arg) return;
+        step.repeat = {Op::set, step.arg, 0, 2, 2};
+        step.op = Op::loop_greedy;
+        step.next = following.next;
+        return;
+    }
+    if (!is_loop(following.op)) return;
     uint32_t count = 1;
     Loop own{step.op, step.arg, step.repeat.other, 1, 1};
     if (is_loop(step.op)) {

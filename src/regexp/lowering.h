@@ -86,6 +86,8 @@ void lower_loops(Lowering& lowering);
 void lower_layout(Lowering& lowering);
 void lower_lengths(Program& program);
 void lower_choices(Program& program);
+// `is_outermost`: nothing follows the program's end.
+void lower_scans(Program& program, bool is_outermost);
 
 // Steps in pattern order.
 Vector<uint32_t> order_steps(const Lowering& lowering);

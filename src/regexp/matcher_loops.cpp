@@ -25,6 +25,7 @@ const char16_t* behind_units(const char16_t* p, const char16_t* end, Takes takes
     return p;
 }
 
+// The usual run is shorter; the wide search is for the others.
 constexpr ptrdiff_t kShortRun = 16;
 constexpr UnitSet kNewline = [] {
     UnitSet set;
@@ -33,13 +34,6 @@ constexpr UnitSet kNewline = [] {
     set.first[0] = set.last[0] = u'\n';
     return set;
 }();
-
-const char16_t* behind_line(const char16_t* p, const char16_t* end) {
-    const char16_t* const near = end - p > kShortRun ? p + kShortRun : end;
-    p = behind_units(p, near, [](char16_t unit) { return unit != u'\n'; });
-    if (p != near || p == end) return p;
-    return p + find_in_set(p, 0, static_cast<size_t>(end - p), kNewline);
-}
 
 }  // namespace
 
@@ -53,6 +47,16 @@ const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, cons
         p = behind_units(p, static_cast<size_t>(end - p) <= room ? end : p + room, takes_unit);
         room -= static_cast<uint32_t>(p - from);
         return p;
+    };
+    // A long run without a limit; `p` is in it.
+    const auto long_run = [&](const UnitSet& set) {
+        return text_ + find_outside_set(text_, offset(p), offset(end), set);
+    };
+    const auto units_of_set = [&](auto takes_unit) {
+        if (room != kNoLimit || end - p <= kShortRun) return units(takes_unit);
+        const char16_t* const near = p + kShortRun;
+        p = behind_units(p, near, takes_unit);
+        return p != near ? p : long_run(program_->unit_sets[loop.taken]);
     };
     const auto characters = [&](auto takes_character) {
         uint32_t left = room;
@@ -74,9 +78,9 @@ const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, cons
         case LoopUnits::two:
             return units([&](char16_t c) { return c == loop.first[0] || c == loop.first[1]; });
         case LoopUnits::low:
-            return units([&](char16_t c) { return c < 256 && is_low(c); });
+            return units_of_set([&](char16_t c) { return c < 256 && is_low(c); });
         case LoopUnits::ranges:
-            return units([&](char16_t c) {
+            return units_of_set([&](char16_t c) {
                 if (c < 256) return is_low(c);
                 return (c >= loop.first[0] && c <= loop.last[0]) ||
                        (c >= loop.first[1] && c <= loop.last[1]);
@@ -85,11 +89,17 @@ const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, cons
             if (room == kNoLimit) return end;
             return characters([](char32_t) { return true; });
         case LoopUnits::but_newline:
-            if (room == kNoLimit) return behind_line(p, end);
+            if (room == kNoLimit) {
+                const char16_t* const near = end - p > kShortRun ? p + kShortRun : end;
+                p = behind_units(p, near, [](char16_t unit) { return unit != u'\n'; });
+                return p != near || p == end
+                           ? p
+                           : text_ + find_in_set(text_, offset(p), offset(end), kNewline);
+            }
             return characters([](char32_t c) { return c != U'\n'; });
         case LoopUnits::low_or_high:
             if (room == kNoLimit)
-                return behind_units(p, end, [&](char16_t c) { return c >= 256 || is_low(c); });
+                return units_of_set([&](char16_t c) { return c >= 256 || is_low(c); });
             return characters(
                 [&](char32_t c) { return c >= 256 || is_low(static_cast<char16_t>(c)); });
         case LoopUnits::characters:

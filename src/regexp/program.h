@@ -24,6 +24,7 @@
 
 #include "regexp/character_set.h"
 #include "regexp/pattern.h"
+#include "regexp/wide_search.h"
 
 namespace qxut::regexp {
 
@@ -133,6 +134,7 @@ struct Loop {
     char16_t first[2] = {};
     char16_t last[2] = {};
     uint64_t low[4] = {};
+    uint32_t taken = kNoWay;  // of Program::unit_sets: the same units, for long runs
 };
 
 // A literal that a lazy loop over any characters looks for, with the places of two units of it that
@@ -217,6 +219,7 @@ struct Program : RE_Memory {
     Vector<Loop> loops;
     Vector<Filter> filters;
     Vector<SoughtLiteral> literals;
+    Vector<UnitSet> unit_sets;
     Vector<Counter> counters;
     Vector<Region> regions;
     Vector<Reference> references;
