@@ -140,8 +140,11 @@ void Chooser::read_run() {
         in.op == Op::loop_greedy || in.op == Op::loop_lazy || in.op == Op::loop_possessive;
     if (!is_loop || !program_.records_failures || in.next == kNoWay) return;
     if (!consumed_before(program_, distances_, pc + 1, starts_.run)) return;
+    const Loop& loop = program_.loops[in.arg];
+    // The run is the loop's own set, not one widened to more than it takes.
+    if (loop.what == Op::set) starts_.run = program_.sets[loop.arg];
     starts_.begins_with_run = true;
-    starts_.max_run = program_.loops[in.arg].max;
+    starts_.max_run = loop.max;
 }
 
 void Chooser::consider_landmark(size_t index) {

@@ -111,7 +111,8 @@ std::string compare_forms(const RE_Tree& tree, const Case& tried,
         info.flags = form;
         const std::string found =
             answer_of([&] { return to_text(engine_matches(tree, text, 0, &info)); });
-        if (found == expected) continue;
+        // Without records a search may take too long.
+        if (found == expected || (found == kLimit && form == qxut::regexp::kPlainSearch)) continue;
         return "a search " + expected +
                (form == qxut::regexp::kPlainSearch ? "\none without fast paths "
                                                    : "\none that records at once ") +
