@@ -7,13 +7,11 @@
 
 namespace qxut::regexp {
 
-void Assembly::reserve(size_t position) {
-    if (pattern_.nodes.size() >= kMostNodes) fail_program_too_large(kMostNodes, position);
-    // One behind the other: growing may throw, adopting may not.
-    if (pattern_.nodes.size() == pattern_.nodes.capacity()) {
-        pattern_.nodes.reserve(pattern_.nodes.size() * 2 + 16);
-    }
-    if (after_.size() == after_.capacity()) after_.reserve(after_.size() * 2 + 16);
+void Assembly::reserve(size_t position, size_t count) {
+    const size_t needed = pattern_.nodes.size() + count;
+    if (needed > kMostNodes) fail_program_too_large(kMostNodes, position);
+    if (needed > pattern_.nodes.capacity()) pattern_.nodes.reserve(needed * 2 + 14);
+    if (needed > after_.capacity()) after_.reserve(needed * 2 + 14);
 }
 
 void Assembly::adopt(RE_Node* node, size_t position) noexcept {

@@ -91,7 +91,8 @@ class Assembly {
         LinkKind kind;
         uint32_t next;
     };
-    void reserve(size_t position);
+    // Makes room for more nodes, so that adopting them cannot fail.
+    void reserve(size_t position, size_t count = 1);
     void adopt(RE_Node* node, size_t position) noexcept;
     // A copy of a fragment none of whose loose ends is tied yet.
     Fragment clone(const Fragment& original, size_t position);

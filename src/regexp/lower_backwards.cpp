@@ -210,7 +210,7 @@ Step BackwardBody::character_of(const FoldedUnit& unit) {
     SetItems items;
     for (const char16_t member : unit.units) items.push_back(range_item(member, member, false));
     step.op = Op::back_set;
-    step.arg = lowering_.set_of(std::move(items));
+    step.arg = lowering_.set_of(items);
     return step;
 }
 

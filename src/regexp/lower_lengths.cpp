@@ -70,6 +70,7 @@ Lengths own_length(const Program& program, const Instruction& in) {
 }  // namespace
 
 void lower_lengths(Program& program) {
+    if (program.regions.empty()) return;  // the lengths are theirs
     const Vector<Instruction>& code = program.code;
     Vector<Lengths> to(code.size());
     const auto reach = [&](uint32_t at, uint32_t min, uint32_t max) {

@@ -124,7 +124,7 @@ void LoopLowering::lower_choice(uint32_t number) {
     made.op = Op::set;
     made.next = target;
     made.scope = step.scope;
-    made.arg = lowering_.set_of(std::move(united));
+    made.arg = lowering_.set_of(united);
     step = made;
 }
 

@@ -78,6 +78,7 @@ class NodeLowering {
     Lowering& lowering_;
     Program& program_;
     Vector<uint32_t> step_of_;  // of each node
+    SetItems items_;            // of the set in hand
     Vector<PendingLink> pending_;
     Vector<PendingMark> pending_marks_;
     std::map<MarkKey, uint32_t, std::less<>, Allocator<std::pair<const MarkKey, uint32_t>>> marks_;
@@ -184,8 +185,7 @@ Step NodeLowering::character(char32_t c, bool ignores_case) {
         step.repeat.other = members[0] < members[1] ? members[1] : members[0];
     } else if (count > 2) {
         step.op = Op::set;
-        SetItems items(1, range_item(c, c, true));
-        step.arg = lowering_.set_of(std::move(items));
+        step.arg = lowering_.set_of(SetItems(1, range_item(c, c, true)));
     }
     return step;
 }
@@ -196,7 +196,8 @@ const RE_Link* NodeLowering::lower_set(const RE_Node& node, Step& step) {
     const auto* item = static_cast<const RE_Fail*>(&node);
     const bool is_negated = item->next.node == nullptr;
     const RE_Node* consumer = item->next.node;
-    SetItems items;
+    SetItems& items = items_;
+    items.clear();
     if (is_negated) items.push_back(kNegatedItems);
     for (;;) {
         if (item->kind == NodeKind::escaped_set) {
@@ -217,11 +218,23 @@ const RE_Link* NodeLowering::lower_set(const RE_Node& node, Step& step) {
         }
         item = static_cast<const RE_Fail*>(following);
     }
-    step.arg = lowering_.set_of(std::move(items));
+    step.arg = lowering_.set_of(items);
     return &consumer->next;
 }
 
 void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t scope) {
+    // There is no lone surrogate in it.
+    if (!node.ignores_case) {
+        Step& made = lowering_.steps[step];
+        made.op = Op::string;
+        made.arg = static_cast<uint32_t>(program_.strings.size());
+        reserve_first(program_.strings, 4);
+        program_.strings.push_back(
+            {static_cast<uint32_t>(program_.units.size()), static_cast<uint32_t>(node.length)});
+        program_.units.insert(program_.units.end(), node.text, node.text + node.length);
+        follow(step, Way::next, node.next, scope);
+        return;
+    }
     Step piece;  // what the units since `begin` are put into
     bool has_piece = false;
     bool is_first = true;
@@ -242,27 +255,18 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
         if (has_piece) put(piece);
         has_piece = false;
     };
-    const auto add_unit = [&](bool folded, const FoldedUnit& unit) {
-        const Op op = folded ? Op::folded_string : Op::string;
-        if (has_piece && piece.op != op) end_piece();
-        Vector<Run>& runs = folded ? program_.folded_strings : program_.strings;
+    const auto add_unit = [&](const FoldedUnit& unit) {
+        Vector<Run>& runs = program_.folded_strings;
         if (!has_piece) {
             reserve_first(runs, 4);
             has_piece = true;
             piece = Step();
-            piece.op = op;
+            piece.op = Op::folded_string;
             piece.arg = static_cast<uint32_t>(runs.size());
-            runs.push_back({static_cast<uint32_t>(folded ? program_.folded_units.size()
-                                                         : program_.units.size()),
-                            0});
+            runs.push_back({static_cast<uint32_t>(program_.folded_units.size()), 0});
         }
-        if (folded) {
-            reserve_first(program_.folded_units, node.length);
-            program_.folded_units.push_back(unit);
-        } else {
-            reserve_first(program_.units, node.length);
-            program_.units.push_back(unit.units[0]);
-        }
+        reserve_first(program_.folded_units, node.length);
+        program_.folded_units.push_back(unit);
         ++runs.back().length;
     };
     for (size_t i = 0; i < node.length; ++i) {
@@ -271,25 +275,21 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
             is_high_surrogate(c) && i + 1 < node.length && is_low_surrogate(node.text[i + 1]);
         if (is_pair) c = pair_character(c, node.text[++i]);
         char32_t members[kLargestFoldingClass];
-        const size_t count = node.ignores_case ? folding_class(c, members) : 1;
+        const size_t count = folding_class(c, members);
         bool has_wide_member = false;
-        for (size_t k = 0; node.ignores_case && k < count; ++k)
-            has_wide_member = has_wide_member || members[k] > 0xFFFF;
-        if (is_surrogate(c) || (count > 1 && (count > 4 || has_wide_member))) {
+        for (size_t k = 0; k < count; ++k) has_wide_member |= members[k] > 0xFFFF;
+        if (count > 1 && (count > 4 || has_wide_member)) {
             end_piece();
-            put(character(c, node.ignores_case));
-            continue;
+            put(character(c, true));
+        } else if (is_pair) {
+            for (const char16_t half : {node.text[i - 1], node.text[i]})
+                add_unit({{half, half, half, half}});
+        } else {
+            FoldedUnit unit;
+            for (size_t k = 0; k < 4; ++k)
+                unit.units[k] = static_cast<char16_t>(members[k < count ? k : count - 1]);
+            add_unit(unit);
         }
-        if (is_pair) {
-            for (const char16_t unit : {node.text[i - 1], node.text[i]})
-                add_unit(node.ignores_case, {{unit, unit, unit, unit}});
-            continue;
-        }
-        FoldedUnit unit;
-        for (size_t k = 0; k < 4; ++k)
-            unit.units[k] =
-                static_cast<char16_t>(node.ignores_case ? members[k < count ? k : count - 1] : c);
-        add_unit(node.ignores_case, unit);
     }
     end_piece();
     if (is_first) lowering_.steps[step].kind = Step::Kind::nothing;
@@ -538,7 +538,7 @@ uint64_t range_item(char32_t first, char32_t last, bool ignores_case) {
 
 uint64_t class_item(char letter) { return uint64_t{1} << 62 | static_cast<unsigned char>(letter); }
 
-uint32_t Lowering::set_of(SetItems items) {
+uint32_t Lowering::set_of(const SetItems& items) {
     const auto found = sets.find(items);
     if (found != sets.end()) return found->second;
     CharacterSetBuilder builder;
@@ -555,7 +555,7 @@ uint32_t Lowering::set_of(SetItems items) {
     }
     const auto number = static_cast<uint32_t>(program.sets.size());
     program.sets.push_back(builder.finish(is_negated));
-    items_of.push_back(&sets.emplace(std::move(items), number).first->first);
+    items_of.push_back(&sets.emplace(items, number).first->first);
     return number;
 }
 

@@ -71,7 +71,7 @@ struct Lowering {
     uint32_t loop_exit(const Step& loop) const { return loop.is_lazy ? loop.next : loop.alt; }
 
     // Of a set's items; the set is made where there is none yet.
-    uint32_t set_of(SetItems items);
+    uint32_t set_of(const SetItems& items);
 };
 
 // Items of sets, as SetItems holds them; a first item kNegatedItems makes the set a negated one.

@@ -44,7 +44,8 @@ namespace qxut::regexp {
 class GraphWriter;    // graph.cpp
 class ListingWriter;  // listing.cpp
 
-// Which final class a node is of, so that the stages can switch on it.
+// Which final class a node is of, so that the stages can switch on it. The order is relied on by
+// fail_of and alt_of.
 enum class NodeKind : uint8_t {
     natural,
     natural_i,
@@ -458,10 +459,22 @@ class RE_End_Of_Tree : public RE_Node {
 
 namespace qxut::regexp {
 
-// The links that only some kinds of nodes have; null where the node has no such link. nodes.cpp.
-RE_Link* fail_of(RE_Node& node) noexcept;
-RE_Link* alt_of(RE_Node& node) noexcept;
-RE_Link* body_of(RE_Node& node) noexcept;
+// The links that only some kinds of nodes have; null where the node has no such link. The kinds of
+// the first two stand in rows of their own, at the beginning and from `split` on.
+inline RE_Link* fail_of(RE_Node& node) noexcept {
+    return node.kind <= NodeKind::lookaround ? &static_cast<RE_Fail&>(node).fail : nullptr;
+}
+inline RE_Link* alt_of(RE_Node& node) noexcept {
+    return node.kind >= NodeKind::split && node.kind <= NodeKind::lazy_counter
+               ? &static_cast<RE_Split&>(node).alt
+               : nullptr;
+}
+inline RE_Link* body_of(RE_Node& node) noexcept {
+    if (node.kind == NodeKind::lookaround) {
+        return &static_cast<RE_Lookaround_Assertion&>(node).body;
+    }
+    return node.kind == NodeKind::atomic ? &static_cast<RE_Atomic&>(node).body : nullptr;
+}
 inline const RE_Link* fail_of(const RE_Node& node) noexcept {
     return fail_of(const_cast<RE_Node&>(node));
 }

@@ -33,12 +33,12 @@ Fragment Assembly::clone(const Fragment& original, size_t position) {
     scratch_.reserve(original.size);
     // Places are looked up for nodes of the run only, so what other runs left there is harmless.
     places_.resize(pattern_.nodes.size());
+    reserve(position, original.size);
     Fragment copy = original;
     uint32_t place = 0;
     for (NodeId id = original.first;; id = after_[id], ++place) {
         const RE_Node& from = node(id);
         places_[id] = place;
-        reserve(from.position);
         RE_Node* made = require(from.clone());
         adopt(made, from.position);
         scratch_.push_back(made->index);
