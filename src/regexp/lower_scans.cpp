@@ -55,11 +55,12 @@ void set_units(Loop& loop, const Program& program) {
     loop.units = LoopUnits::ranges;
 }
 
+// Eight units to a byte: those of even and of odd number stand in halves of their own.
 void add_low(UnitSet& set, const uint64_t (&low)[4]) {
-    for (unsigned c = 0; c < 256; ++c) {
-        if ((low[c / 64] >> c % 64 & 1) == 0) continue;
-        uint8_t(&half)[16] = c % 16 < 8 ? set.even : set.odd;
-        half[c / 16] = static_cast<uint8_t>(half[c / 16] | 1U << c % 8);
+    for (unsigned i = 0; i < 16; ++i) {
+        const uint64_t units = low[i / 4] >> i % 4 * 16;
+        set.even[i] = static_cast<uint8_t>(set.even[i] | (units & 0xFF));
+        set.odd[i] = static_cast<uint8_t>(set.odd[i] | (units >> 8 & 0xFF));
     }
 }
 
