@@ -1,5 +1,5 @@
 // dynamic.cpp - parses and lowers dynamic patterns, each text once. Tested by
-// tests/regexp/dynamic_test.cpp.
+// tests/regexp/host_test.cpp.
 #include "regexp/dynamic.h"
 
 #include "regexp/failure.h"

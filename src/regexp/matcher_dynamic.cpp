@@ -7,7 +7,7 @@
 // was left. A frame lives until the entry is taken that was put down when it was entered. Tokens
 // are those of the outermost pattern.
 //
-// Entry: the main loop. Tested by tests/regexp/dynamic_test.cpp.
+// Entry: the main loop. Tested by tests/regexp/host_test.cpp.
 #include "regexp/failure.h"
 #include "regexp/matcher_run.h"
 

@@ -515,9 +515,9 @@ bool Backtracker::run(const char16_t* const start) {
                     if (begin.op == Op::look_behind) {
                         size_t& left = registers_[program_->regions[begin.arg].reg + 1];
                         const char16_t* const tried = text + entry.extra;
-                        if (left != 0 && tried != text) {
+                        if (left != 0 && tried != first) {
                             if (left != kNoLimit) --left;
-                            p = before_character(tried, text);
+                            p = before_character(tried, first);
                             entry.extra = position();
                             pc = body_pc + 1;
                             break;

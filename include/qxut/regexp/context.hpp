@@ -114,7 +114,8 @@ class QXUT_API RE_Context : public RE_Memory {
 
     // A problem in a pattern or template. `position` points into it: the first character of the
     // construct or the letter at fault. `format` is a printf format whose only conversion is %c,
-    // for an int code point; format_warning fills it in. What it throws ends the compilation.
+    // for an int code point; utFormatRegexpWarning fills it in. What it throws ends the
+    // compilation.
     virtual void warn(const char16_t* position, const char* format, va_list arguments);
 
     // Whether dynamic expressions may be evaluated; asked when a construct is parsed.
