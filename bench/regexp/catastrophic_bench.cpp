@@ -15,24 +15,24 @@ namespace {
 struct Row {
     const char* name;
     const char16_t* pattern;
-    char16_t repeated;
     const char16_t* tail;  // of the text
+    char16_t repeated;
     bool matches;
 };
 
 // Where a required literal could settle the answer the text holds it, or there is none: `(?!.)` is
 // the end of a line.
 constexpr Row kRows[] = {
-    {"nested", u"(x+x+)+y", u'x', u"zy", false},
-    {"anchored", u"^(a+)+$", u'a', u"b", false},
-    {"same_twice", u"(a|a)*(?!.)", u'a', u"b", true},
-    {"overlapping", u"(?:a|aa)+(?!.)", u'a', u"b", false},
-    {"look_ahead", u"^(?=(?:a|aa)+b)a", u'a', u"cb", false},
-    {"look_behind", u"(?<=^b(?:a|aa)+b)c", u'a', u"bc", false},
-    {"look_behind_forwards", u"(?<=b(?>a|aa)+b)c", u'a', u"bc", false},
-    {"nullable", u"^(?:a?)*(?:a*)*b", u'a', u"cb", false},
-    {"counted", u"(?:a|aa){2,8}(?!.)", u'a', u"b", false},
-    {"quadratic", u"a*(?!.)", u'a', u"b", true},
+    {"nested", u"(x+x+)+y", u"zy", u'x', false},
+    {"anchored", u"^(a+)+$", u"b", u'a', false},
+    {"same_twice", u"(a|a)*(?!.)", u"b", u'a', true},
+    {"overlapping", u"(?:a|aa)+(?!.)", u"b", u'a', false},
+    {"look_ahead", u"^(?=(?:a|aa)+b)a", u"cb", u'a', false},
+    {"look_behind", u"(?<=^b(?:a|aa)+b)c", u"bc", u'a', false},
+    {"look_behind_forwards", u"(?<=b(?>a|aa)+b)c", u"bc", u'a', false},
+    {"nullable", u"^(?:a?)*(?:a*)*b", u"cb", u'a', false},
+    {"counted", u"(?:a|aa){2,8}(?!.)", u"b", u'a', false},
+    {"quadratic", u"a*(?!.)", u"b", u'a', true},
 };
 
 std::u16string text_of(const Row& row, size_t size) {
