@@ -214,17 +214,19 @@ TEST(Builder, WrapsWhateverNeedsIt) {
             made += kPieces[random() % std::size(kPieces)];
         return made;
     };
-    const auto group = [](const std::string& inside) { return "(?:" + inside + ")"; };
+    const auto group = [](const std::string& inside) {
+        return std::string("(?:").append(inside).append(")");
+    };
     for (int round = 0; round < 3000; ++round) {
         const std::string a = text(4);
         const std::string b = text(4);
-        SCOPED_TRACE(a + "   " + b);
+        SCOPED_TRACE(::testing::Message() << a << "   " << b);
         const RE_Builder first = a.c_str();
         const RE_Builder second = b.c_str();
         ASSERT_EQ(listing(RE_Tree(kleene(first), false)),
-                  listing(RE_Tree((group(a) + "*").c_str(), false)));
+                  listing(RE_Tree(group(a).append("*").c_str(), false)));
         const RE_Tree sum(first + second, false);
-        const RE_Tree groups((group(a) + group(b)).c_str(), false);
+        const RE_Tree groups(group(a).append(group(b)).c_str(), false);
         for (const char* subject : {"abA1Ab1aa7b", "b7\u00E9\U0001F600aa\aA11A4"}) {
             const std::unique_ptr<RE_Results> one(sum.match(subject));
             const std::unique_ptr<RE_Results> other(groups.match(subject));
