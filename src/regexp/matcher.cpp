@@ -27,19 +27,6 @@ constexpr uint64_t kStepsBeforeRecording = 512;
 constexpr uint64_t kStepsOfUnit = 16;
 constexpr TokenState kUnsetToken{kUnset, kUnset, kUnset};
 
-// One of the thread's scratches for the length of a scope.
-class ScratchUse {
-  public:
-    ScratchUse() : scratch_(acquire_scratch()) {}
-    ~ScratchUse() { release_scratch(scratch_); }
-    ScratchUse(const ScratchUse&) = delete;
-    ScratchUse& operator=(const ScratchUse&) = delete;
-    Scratch& get() const noexcept { return *scratch_; }
-
-  private:
-    Scratch* scratch_;
-};
-
 }  // namespace
 
 Backtracker::Backtracker(const SearchRequest& request, Scratch& scratch, Records* records)

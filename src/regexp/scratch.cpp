@@ -124,7 +124,8 @@ void Scratch::trim() noexcept {
     if (!records.is_empty()) records.clear();
     const size_t bytes = capacity * sizeof(Entry) + registers.capacity() * sizeof(size_t) +
                          tokens.capacity() * sizeof(TokenState) +
-                         frames.capacity() * sizeof(Frame) + records.bytes();
+                         frames.capacity() * sizeof(Frame) + records.bytes() +
+                         extents.capacity() * sizeof(size_t);
     if (bytes <= kMostKept) return;
     utFree(entries);
     entries = nullptr;
@@ -132,6 +133,7 @@ void Scratch::trim() noexcept {
     registers = {};
     tokens = {};
     frames = {};
+    extents = {};
     records.release();
 }
 

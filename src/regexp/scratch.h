@@ -59,6 +59,7 @@ struct Scratch : RE_Memory {
     Vector<TokenState> tokens;
     Vector<Frame> frames;
     Records records;
+    Vector<size_t> extents;  // answers on their way to the caller
 
     Scratch* next = nullptr;  // of the thread's
 
@@ -71,6 +72,19 @@ struct Scratch : RE_Memory {
 Scratch* acquire_scratch();
 // Gives one back, to the thread that calls.
 void release_scratch(Scratch* scratch) noexcept;
+
+// One of the thread's scratches for the length of a scope.
+class ScratchUse {
+  public:
+    ScratchUse() : scratch_(acquire_scratch()) {}
+    ~ScratchUse() { release_scratch(scratch_); }
+    ScratchUse(const ScratchUse&) = delete;
+    ScratchUse& operator=(const ScratchUse&) = delete;
+    Scratch& get() const noexcept { return *scratch_; }
+
+  private:
+    Scratch* scratch_;
+};
 
 }  // namespace qxut::regexp
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 #include <qxut/regexp/tree.hpp>
 
@@ -11,6 +12,7 @@
 #include "regexp/matcher.h"
 #include "regexp/pattern.h"
 #include "regexp/program.h"
+#include "regexp/scratch.h"
 
 namespace qxut::regexp {
 
@@ -51,18 +53,25 @@ struct RE_Tree::Parts : RE_Memory {
 
 namespace qxut::regexp {
 
-// Extents of one search: on the stack for the usual number of tokens.
+// Extents of one search: on the stack for the usual number of tokens, else in a scratch.
 class Extents {
   public:
     explicit Extents(size_t count) {
-        if (count > kOnStack) more_.resize(count);
+        if (count <= kOnStack) return;
+        scratch_.emplace();
+        scratch_->get().extents.resize(count);
     }
-    size_t* data() noexcept { return more_.empty() ? few_ : more_.data(); }
+    ~Extents() {
+        if (scratch_) scratch_->get().trim();
+    }
+    Extents(const Extents&) = delete;
+    Extents& operator=(const Extents&) = delete;
+    size_t* data() noexcept { return scratch_ ? scratch_->get().extents.data() : few_; }
 
   private:
     static constexpr size_t kOnStack = 32;
     size_t few_[kOnStack];
-    Vector<size_t> more_;
+    std::optional<ScratchUse> scratch_;
 };
 
 // Runs the search unless it begins behind the end. The answers go to `info`, if there is one,

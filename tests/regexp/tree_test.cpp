@@ -368,6 +368,17 @@ TEST(Memory, ARepeatedMatchAllocatesNothing) {
         EXPECT_FALSE(tree.match_bool(text.data(), &position, &info));
     }
     EXPECT_FALSE(FailingMalloc::has_failed());
+
+    std::u16string tokens;
+    for (int i = 0; i < 40; ++i) tokens += u"(x?)";
+    const RE_Tree many = tree_of(tokens.c_str());
+    position = 0;
+    EXPECT_TRUE(many.match_bool(text.data(), &position, &info));
+    {
+        const FailingMalloc failing(0, true);
+        EXPECT_TRUE(many.match_bool(text.data(), &position, &info));
+    }
+    EXPECT_FALSE(FailingMalloc::has_failed());
 }
 
 }  // namespace
