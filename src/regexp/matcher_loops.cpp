@@ -110,9 +110,24 @@ const char16_t* Backtracker::scan_some(const Loop& loop, const char16_t* p, cons
             return characters([&](char32_t c) { return c == loop.arg; });
         case Op::either:
             return characters([&](char32_t c) { return c == loop.arg || c == loop.other; });
-        default:
-            return characters(
-                [&set = program_->sets[loop.arg]](char32_t c) { return set.contains(c); });
+        default: {
+            // Most of any text is told by the bits.
+            const CharacterSet& set = program_->sets[loop.arg];
+            uint32_t left = room;
+            while (p != end && left != 0) {
+                if (*p < 256) {
+                    if (!is_low(*p)) break;
+                    ++p;
+                } else {
+                    const char16_t* after = p;
+                    if (!set.contains(next_character(after, end))) break;
+                    p = after;
+                }
+                if (room != kNoLimit) --left;
+            }
+            if (room != kNoLimit) room = left;
+            return p;
+        }
     }
 }
 
