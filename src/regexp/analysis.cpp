@@ -28,6 +28,8 @@ constexpr float kNearlyAll = 0.85F;
 constexpr float kUnlimitedWindow = 10;
 // Below this a search for starts is not worth its call.
 constexpr float kWorthwhile = 0.97F;
+// Two equal units stand side by side about so often.
+constexpr float kDoubled = 0.04F;
 
 bool is_plain(const Vector<UnitVariants>& units) {
     return std::all_of(units.begin(), units.end(),
@@ -93,6 +95,8 @@ class Chooser {
     uint32_t shortest_match() const;
     void read_anchors();
     void read_run();
+    void read_doubled();
+    void read_whole();
     void read_words();
     void choose();
     void consider_landmark(size_t index);
@@ -144,7 +148,50 @@ void Chooser::read_run() {
     // The run is the loop's own set, not one widened to more than it takes.
     if (loop.what == Op::set) starts_.run = program_.sets[loop.arg];
     starts_.begins_with_run = true;
+    starts_.min_run = loop.min;
     starts_.max_run = loop.max;
+}
+
+// A character in a token, then the token again.
+void Chooser::read_doubled() {
+    const Instruction* in = &program_.code[program_.first];
+    if (in->op != Op::token_start || in->next == kNoWay) return;
+    const uint32_t token = in->arg;
+    in = &program_.code[in->next];
+    if (in->op > Op::set || in->next == kNoWay) return;
+    in = &program_.code[in->next];
+    if (in->op != Op::token_end || in->next == kNoWay) return;
+    in = &program_.code[in->next];
+    if (in->op != Op::reference) return;
+    const Reference& reference = program_.references[in->arg];
+    if (reference.count != 1 || program_.tokens[reference.first] != token) return;
+    if (kDoubled >= least_) return;
+    least_ = kDoubled;
+    starts_.way = StartSearch::Way::doubled;
+}
+
+// One instruction and nothing else.
+void Chooser::read_whole() {
+    const Instruction& in = program_.code[program_.first];
+    if (in.next == kNoWay || program_.code[in.next].op != Op::match) return;
+    if (in.op == Op::loop_greedy || in.op == Op::loop_possessive) {
+        if (starts_.begins_with_run && starts_.max_run == kNoLimit && starts_.min_run != 0)
+            starts_.whole = StartSearch::Whole::run;
+        return;
+    }
+    const Landmark& landmark = starts_.landmark;
+    if (starts_.way != StartSearch::Way::landmark || !landmark.is_at_start() || landmark.is_set)
+        return;
+    const bool is_all =
+        in.op == Op::character || in.op == Op::either ||
+        (in.op == Op::string && program_.strings[in.arg].length == landmark.units.size()) ||
+        (in.op == Op::folded_string &&
+         program_.folded_strings[in.arg].length == landmark.units.size());
+    const auto is_half = [](const UnitVariants& variants) {
+        return (variants.units[0] & 0xF800) == 0xD800;
+    };
+    if (is_all && std::none_of(landmark.units.begin(), landmark.units.end(), is_half))
+        starts_.whole = StartSearch::Whole::landmark;
 }
 
 void Chooser::consider_landmark(size_t index) {
@@ -187,9 +234,11 @@ void Chooser::choose() {
         }
         for (size_t i = 0; i < landmarks_.size(); ++i) consider_landmark(i);
         read_words();
+        read_doubled();
     }
     if (starts_.way == Way::landmark) starts_.landmark = std::move(landmarks_[taken_].landmark);
     require();
+    read_whole();
 }
 
 // Another literal that is rarer than what is stopped at.

@@ -50,7 +50,10 @@ struct StartSearch : RE_Memory {
         landmark,    // before a landmark, as far back as what stands before it allows
         words,       // at one of several literals
         first_set,   // at a character that a match may begin with
+        doubled,     // at two equal units, or a pair
     };
+    // What all of a match is, where the search for starts knows it.
+    enum class Whole : uint8_t { unknown, landmark, run };
     uint64_t identity = 0;  // no other search of the process has it
     Way way = Way::everywhere;
     uint32_t min_length = 0;   // characters of any match
@@ -69,7 +72,9 @@ struct StartSearch : RE_Memory {
     // the others, provided the run is not longer than max_run.
     bool begins_with_run = false;
     CharacterSet run;
+    uint32_t min_run = 0;
     uint32_t max_run = kNoLimit;
+    Whole whole = Whole::unknown;
 
     StartSearch() = default;
     StartSearch(const StartSearch&) = delete;  // the searches point into the vectors

@@ -137,6 +137,8 @@ std::string way_of(const StartSearch& starts) {
         }
         case Way::first_set:
             return "at a character that a match begins with";
+        case Way::doubled:
+            return "at a character that stands there twice";
     }
     return {};
 }
@@ -162,6 +164,8 @@ std::string describe(const StartSearch& starts) {
              "where no match starts in its first character, none starts in it");
     if (starts.required.exists) line("required", text_of(starts.required));
     line("starts searched", way_of(starts));
+    if (starts.whole != StartSearch::Whole::unknown)
+        line("match", starts.whole == StartSearch::Whole::run ? "the run" : "the landmark");
     return text;
 }
 

@@ -5,6 +5,7 @@
 #include "regexp/matcher.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include <qxut/util/heap.h>
@@ -176,10 +177,21 @@ bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extent
             start = static_cast<size_t>(behind_character(request.text + start, end) - request.text);
         }
     }
-    StartCursor own(*request.starts, request.text, request.length);
-    StartCursor& cursor = request.table == nullptr ? own
-                                                   : cursor_in(*request.table, *request.starts,
-                                                               request.text, request.length);
+    std::optional<StartCursor> own;
+    StartCursor& cursor =
+        request.table != nullptr
+            ? cursor_in(*request.table, *request.starts, request.text, request.length)
+            : own.emplace(*request.starts, request.text, request.length);
+    if (request.starts->whole != StartSearch::Whole::unknown) {
+        StartCursor::Match match{};
+        const bool is_found = cursor.first_match(request.start, poll, match);
+        const bool goes_on = request.starts->whole == StartSearch::Whole::run;
+        if (!is_found || (goes_on && match.end == request.length)) backtracker.note_end();
+        if (!is_found) return false;
+        extents[0] = match.start;
+        extents[1] = match.end;
+        return true;
+    }
     for (size_t start = cursor.first(request.start, poll); start != kUnset;
          start = cursor.after_failure(start, poll)) {
         if (found(start)) return true;

@@ -149,6 +149,15 @@ size_t StartCursor::first_word(size_t from, const SeekPoll& poll) {
     }
 }
 
+size_t StartCursor::first_doubled(size_t from, const SeekPoll& poll) {
+    for (;; ++from) {
+        from = in_pieces(from, length_ - 1, poll, [&](size_t begin, size_t stop) {
+            return find_doubled(text_, begin, stop);
+        });
+        if (from == kUnset || (!is_inside_pair(from) && may_begin(from))) return from;
+    }
+}
+
 // A start in the window, not below `from`; kUnset: none.
 size_t StartCursor::first_in(const Window& window, size_t from) const noexcept {
     size_t p = std::max(from, window.begin);
@@ -244,28 +253,58 @@ size_t StartCursor::first(size_t from, const SeekPoll& poll) {
             return first_word(from, poll);
         case Way::first_set:
             return first_member(from, poll);
+        case Way::doubled:
+            return first_doubled(from, poll);
     }
     return from;
+}
+
+// Where the run that p is in ends.
+size_t StartCursor::run_end(size_t p, const SeekPoll& poll) {
+    if (p >= run_begin_ && p < run_end_) return run_end_;
+    const CharacterSet& run = starts_->run;
+    size_t end = p;
+    for (size_t since = p; end < length_; since = end) {
+        const size_t stop = std::min(length_, end + kPieceUnits);
+        while (end < stop) {
+            const char16_t unit = text_[end];
+            const bool is_whole = (unit & 0xF800) != 0xD800;
+            if (!run.contains(is_whole ? unit : character_at(end))) break;
+            end = is_whole ? end + 1 : after(end);
+        }
+        if (end < stop) break;
+        passed(end - since, poll);
+    }
+    run_begin_ = p;
+    run_end_ = end;
+    return end;
 }
 
 size_t StartCursor::after_failure(size_t p, const SeekPoll& poll) {
     if (p >= length_) return kUnset;
     if (!starts_->begins_with_run) return first(after(p), poll);
-    if (p < run_begin_ || p >= run_end_) {
-        size_t end = p;
-        size_t since = p;
-        while (end < length_ && starts_->run.contains(character_at(end))) {
-            end = after(end);
-            if (end - since < kPieceUnits) continue;
-            passed(end - since, poll);
-            since = end;
+    const size_t end = run_end(p, poll);
+    if (starts_->max_run != kNoLimit && end - p > starts_->max_run) return first(after(p), poll);
+    return end < length_ ? first(after(end), poll) : kUnset;
+}
+
+bool StartCursor::first_match(size_t from, const SeekPoll& poll, Match& match) {
+    for (;;) {
+        match.start = first(from, poll);
+        if (match.start == kUnset) return false;
+        if (starts_->whole == StartSearch::Whole::landmark) {
+            match.end = match.start + starts_->landmark.length();
+            return true;
         }
-        run_begin_ = p;
-        run_end_ = end;
+        match.end = run_end(match.start, poll);
+        uint32_t count = 0;
+        for (size_t p = match.start; p < match.end && count < starts_->min_run; p = after(p))
+            ++count;
+        if (count == starts_->min_run) return true;
+        // What may begin a run is not always sought, and this place does not.
+        if (match.end == length_) return false;
+        from = after(match.end);
     }
-    if (starts_->max_run != kNoLimit && run_end_ - p > starts_->max_run)
-        return first(after(p), poll);
-    return run_end_ < length_ ? first(after(run_end_), poll) : kUnset;
 }
 
 }  // namespace qxut::regexp

@@ -39,6 +39,14 @@ class StartCursor {
     // that it be not empty.
     size_t after_failure(size_t p, const SeekPoll& poll);
 
+    // Where the search for starts knows what all of a match is (starts.whole): the first match that
+    // starts at `from` or behind it. False: there is none.
+    struct Match {
+        size_t start;
+        size_t end;
+    };
+    bool first_match(size_t from, const SeekPoll& poll, Match& match);
+
   private:
     // The starts that one landmark allows; there are no others from `from` to `end`, and none
     // behind `end` for landmarks up to this one.
@@ -63,11 +71,13 @@ class StartCursor {
     size_t first_line_start(size_t from, const SeekPoll& poll);
     size_t first_member(size_t from, const SeekPoll& poll);
     size_t first_word(size_t from, const SeekPoll& poll);
+    size_t first_doubled(size_t from, const SeekPoll& poll);
     size_t first_at_landmark(size_t from, const SeekPoll& poll);
     size_t first_before_landmark(size_t from, const SeekPoll& poll);
     size_t first_in(const Window& window, size_t from) const noexcept;
     bool find_window(size_t from, size_t at, Window& window, const SeekPoll& poll);
     void passed(size_t units, const SeekPoll& poll);
+    size_t run_end(size_t p, const SeekPoll& poll);
 
     const StartSearch* starts_;
     uint64_t identity_ = starts_->identity;

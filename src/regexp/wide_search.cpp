@@ -36,6 +36,9 @@ size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& 
 size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     return find_outside_set_plainly(text, from, end, set);
 }
+size_t doubled_search(const char16_t* text, size_t from, size_t end) {
+    return find_doubled_plainly(text, from, end);
+}
 size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
                    const WordSearch& words) {
     return find_word_plainly(text, from, end, readable, words);
@@ -279,6 +282,26 @@ HWY_INLINE size_t scan_for_set(const char16_t* text, size_t from, size_t end, co
     return scan_lanes(BitsTest<D, Outside>(text, set), from, end);
 }
 
+// --- doubled units ---------------------------------------------------------------------------
+
+template <class D>
+class DoubledTest : public LanesOf<D> {
+  public:
+    using LanesOf<D>::d_;
+
+    HWY_INLINE explicit DoubledTest(const char16_t* text) : text_(units_of(text)) {}
+    HWY_INLINE hn::Mask<D> matches(size_t at) const {
+        const auto units = hn::LoadU(d_, text_ + at);
+        const auto lead =
+            hn::Eq(hn::And(units, hn::Set(d_, uint16_t{0xFC00})), hn::Set(d_, uint16_t{0xD800}));
+        return hn::Or(lead, hn::Eq(units, hn::LoadU(d_, text_ + at + 1)));
+    }
+    HWY_INLINE bool confirm(size_t) const { return true; }
+
+  private:
+    const uint16_t* text_;
+};
+
 // --- words ------------------------------------------------------------------------------------
 
 // Lanes are bytes: the low ones of the units, from two registers.
@@ -379,6 +402,12 @@ size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitS
     return find_outside_set_plainly(text, from, end, set);
 }
 
+size_t doubled_search(const char16_t* text, size_t from, size_t end) {
+    if (end >= hn::Lanes(Wide())) return scan_lanes(DoubledTest<Wide>(text), from, end);
+    if (end >= hn::Lanes(Narrow())) return scan_lanes(DoubledTest<Narrow>(text), from, end);
+    return find_doubled_plainly(text, from, end);
+}
+
 size_t word_search(const char16_t* text, size_t from, size_t end, size_t readable,
                    const WordSearch& words) {
     if (end >= hn::Lanes(WideBytes()))
@@ -399,6 +428,7 @@ namespace qxut::regexp {
 HWY_EXPORT(literal_search);
 HWY_EXPORT(set_search);
 HWY_EXPORT(outside_search);
+HWY_EXPORT(doubled_search);
 HWY_EXPORT(word_search);
 
 size_t find_literal(const char16_t* text, size_t from, size_t end, const LiteralSearch& literal) {
@@ -414,6 +444,11 @@ size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet&
 size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     if (from >= end) return end;
     return HWY_DYNAMIC_DISPATCH(outside_search)(text, from, end, set);
+}
+
+size_t find_doubled(const char16_t* text, size_t from, size_t end) {
+    if (from >= end) return end;
+    return HWY_DYNAMIC_DISPATCH(doubled_search)(text, from, end);
 }
 
 size_t find_word(const char16_t* text, size_t from, size_t end, size_t readable,

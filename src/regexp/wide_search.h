@@ -53,6 +53,9 @@ size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet&
 // The first unit that is not in the set.
 size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 
+// The first unit that the next one, which may be read, is equal to, or that begins a pair.
+size_t find_doubled(const char16_t* text, size_t from, size_t end);
+
 // Several literals at once. Those of a bucket share fingerprints of their first units: what the low
 // byte of each may be, as the buckets that admit its low and its high half.
 struct WordSearch {
@@ -79,6 +82,7 @@ size_t find_literal_plainly(const char16_t* text, size_t from, size_t end,
                             const LiteralSearch& literal);
 size_t find_in_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
+size_t find_doubled_plainly(const char16_t* text, size_t from, size_t end);
 size_t find_word_plainly(const char16_t* text, size_t from, size_t end, size_t readable,
                          const WordSearch& words);
 

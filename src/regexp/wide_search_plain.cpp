@@ -33,6 +33,11 @@ size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, c
     return from;
 }
 
+size_t find_doubled_plainly(const char16_t* text, size_t from, size_t end) {
+    while (from < end && text[from] != text[from + 1] && (text[from] & 0xFC00) != 0xD800) ++from;
+    return from;
+}
+
 size_t find_word_plainly(const char16_t* text, size_t from, size_t end, size_t readable,
                          const WordSearch& words) {
     constexpr unsigned kAll = (1U << WordSearch::kBuckets) - 1;

@@ -20,7 +20,8 @@ struct Compiled {
         program = lower(parsed);
         starts.reset(analyze(program));
     }
-    bool matches_at(const std::u16string& text, size_t position) const {
+    // The end of the match from there; kUnset: none.
+    size_t match_at(const std::u16string& text, size_t position) const {
         SearchRequest request;
         request.program = &program;
         request.text = text.data();
@@ -29,7 +30,7 @@ struct Compiled {
         request.anchored = true;
         request.plain = true;
         std::vector<size_t> extents(2 * (parsed.token_count + 1));
-        return search(request, extents.data());
+        return search(request, extents.data()) ? extents[1] : kUnset;
     }
     Pattern parsed;
     Program program;
@@ -51,9 +52,11 @@ size_t next_boundary(const std::u16string& text, size_t p) {
 void check(const std::u16string& pattern, RE_Flags flags, const std::u16string& text) {
     const Compiled compiled(pattern, flags);
     std::vector<size_t> next(text.size() + 2, kUnset);  // true start from a position on
+    std::vector<size_t> ends(text.size() + 2, kUnset);
     for (size_t p = text.size() + 1; p-- != 0;) {
         next[p] = next[p + 1];
-        if (is_boundary(text, p) && compiled.matches_at(text, p)) next[p] = p;
+        if (is_boundary(text, p)) ends[p] = compiled.match_at(text, p);
+        if (ends[p] != kUnset) next[p] = p;
     }
     const std::string what = describe(*compiled.starts) + "pattern " +
                              std::string(pattern.begin(), pattern.end()) + "\ntext " +
@@ -77,6 +80,11 @@ void check(const std::u16string& pattern, RE_Flags flags, const std::u16string& 
         size_t from = random() % (text.size() + 1);
         if (!is_boundary(text, from)) --from;
         right(from, cursor.first(from, {}));
+        if (compiled.starts->whole == StartSearch::Whole::unknown) continue;
+        StartCursor::Match match{};
+        const bool is_found = cursor.first_match(from, {}, match);
+        ASSERT_EQ(is_found ? match.start : kUnset, next[from]) << what;
+        ASSERT_TRUE(!is_found || match.end == ends[match.start]) << what;
     }
 }
 
@@ -155,6 +163,11 @@ TEST(StartCursor, StepsOverNoStart) {
                                                 u"(?:a|b|cd){2}@",
                                                 u"[]",
                                                 u"a*",
+                                                u"(.)\\1",
+                                                u"([a-c])\\1-",
+                                                u"(a)(.)\\2",
+                                                u"[ab]{2,}",
+                                                u"(\\x{1F600}|a)\\1",
                                                 u"\\s*a",
                                                 u"[\u0430-\u044F]+",
                                                 u"a{3}",

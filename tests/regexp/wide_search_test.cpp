@@ -151,6 +151,21 @@ TEST_P(WideSearch, FindsEachUnitBelow256) {
     }
 }
 
+TEST_P(WideSearch, FindsDoubledUnitsAsThePlainFormDoes) {
+    Generator generate(4);
+    for (int round = 0; round < 200; ++round) {
+        auto text = generate.text(2 + generate.below(200));
+        for (size_t i = 1; i < text.size(); ++i) {  // mostly different neighbours
+            if (text[i] == text[i - 1] && generate.below(20) != 0)
+                text[i] = static_cast<char16_t>(0x300 + i);
+        }
+        at_every_alignment(text.size(), 2, [&](size_t from, size_t end) {
+            ASSERT_EQ(find_doubled(text.data(), from, end),
+                      find_doubled_plainly(text.data(), from, end));
+        });
+    }
+}
+
 TEST_P(WideSearch, FindsWordsAsThePlainFormDoes) {
     Generator generate(3);
     for (int round = 0; round < 400; ++round) {
