@@ -393,14 +393,19 @@ Vector<Distance> distances(const Program& program) {
             continue;
         }
         for_each_edge(program, code[pc], [&](uint32_t target) {
-            if (target > pc) {
-                reach(target, min, max);
-            } else if (const Counter* const counter = fixed_counter(program, code[target])) {
-                const uint64_t body = min - result[target].min;
-                const uint64_t all = result[target].min + body * counter->count;
-                reach(code[target].alt,
-                      static_cast<uint32_t>(std::min<uint64_t>(all, kNoLimit - 1)), kNoLimit);
+            uint32_t shortest = min;
+            uint32_t longest = max;
+            // Back to a counter: its exit, which may be the way back to an outer one.
+            while (target != kNoWay && target <= pc) {
+                const Counter* const counter = fixed_counter(program, code[target]);
+                if (counter == nullptr) return;
+                const uint32_t before = result[target].min;
+                const uint64_t all = before + uint64_t{shortest - before} * counter->count;
+                shortest = static_cast<uint32_t>(std::min<uint64_t>(all, kNoLimit - 1));
+                longest = kNoLimit;
+                target = code[target].alt;
             }
+            reach(target, shortest, longest);
         });
     }
     return result;

@@ -93,26 +93,29 @@ void lower_lengths(Program& program) {
         const uint32_t min = add(here.min, own.min);
         const uint32_t max = add(here.max, own.max);
         const auto follow = [&](uint32_t target) {
-            if (target == kNoWay) return;
-            if (target > pc) {
-                reach(target, min, max);
-                return;
+            uint32_t shortest = min;
+            uint32_t longest = max;
+            // Back to a repetition: its exit, after as many iterations as it takes. That may be the
+            // way back of an outer one.
+            while (target != kNoWay && target <= pc) {
+                const Instruction& head = code[target];
+                const Lengths before = to[target];
+                const uint32_t body_min = shortest - before.min;
+                const uint32_t body_max = longest == kNoLimit ? kNoLimit : longest - before.max;
+                if (head.op == Op::counter) {
+                    const Counter& counter = program.counters[head.arg];
+                    const bool is_fixed = counter.kind == Counter::Kind::fixed;
+                    shortest =
+                        is_fixed ? add(before.min, times(body_min, counter.count)) : before.min;
+                    longest = add(before.max, times(body_max, counter.count));
+                    target = head.alt;
+                } else {
+                    shortest = before.min;
+                    longest = body_max == 0 ? before.max : kNoLimit;
+                    target = head.next == target + 1 ? head.alt : head.next;
+                }
             }
-            // Back to a repetition: its exit, after as many iterations as it takes.
-            const Instruction& head = code[target];
-            const uint32_t body_min = min - to[target].min;
-            const uint32_t body_max = max == kNoLimit ? kNoLimit : max - to[target].max;
-            if (head.op == Op::counter) {
-                const Counter& counter = program.counters[head.arg];
-                const bool is_fixed = counter.kind == Counter::Kind::fixed;
-                reach(
-                    head.alt,
-                    is_fixed ? add(to[target].min, times(body_min, counter.count)) : to[target].min,
-                    add(to[target].max, times(body_max, counter.count)));
-            } else {
-                const uint32_t exit = head.next == target + 1 ? head.alt : head.next;
-                reach(exit, to[target].min, body_max == 0 ? to[target].max : kNoLimit);
-            }
+            reach(target, shortest, longest);
         };
         const bool is_fixed_counter =
             in.op == Op::counter && program.counters[in.arg].kind == Counter::Kind::fixed;
