@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "regexp/characters.h"
+
 namespace qxut::regexp {
 namespace {
 
@@ -72,7 +74,7 @@ class Scan {
 
     void skip_character() {
         const bool is_pair =
-            (at(position_) & 0xFC00) == 0xD800 && (at(position_ + 1) & 0xFC00) == 0xDC00;
+            is_high_surrogate(at(position_)) && is_low_surrogate(at(position_ + 1));
         position_ += is_pair ? 2 : 1;
     }
 

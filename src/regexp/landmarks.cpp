@@ -12,7 +12,9 @@
 
 #include <algorithm>
 
+#include "regexp/characters.h"
 #include "regexp/frequency.h"
+#include "regexp/lengths.h"
 
 namespace qxut::regexp {
 namespace {
@@ -37,51 +39,6 @@ void for_each_edge(const Program& program, const Instruction& in, Visitor visit)
 }
 
 uint32_t sum(uint32_t a, uint32_t b) { return b > kNoLimit - 1 - a ? kNoLimit : a + b; }
-
-struct Lengths {
-    uint32_t min;
-    uint32_t max;
-};
-
-// In characters.
-Lengths own_length(const Program& program, const Instruction& in) {
-    switch (in.op) {
-        case Op::character:
-        case Op::either:
-        case Op::any:
-        case Op::line:
-        case Op::set:
-            return {1, 1};
-        case Op::string: {
-            const Run run = program.strings[in.arg];
-            const char16_t* const begin = program.units.data() + run.first;
-            const auto trails = std::count_if(
-                begin, begin + run.length, [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; });
-            const uint32_t count = run.length - static_cast<uint32_t>(trails);
-            return {count, count};
-        }
-        case Op::folded_string: {
-            const Run run = program.folded_strings[in.arg];
-            const FoldedUnit* const begin = program.folded_units.data() + run.first;
-            const auto trails = std::count_if(begin, begin + run.length, [](const FoldedUnit& u) {
-                return (u.units[0] & 0xFC00) == 0xDC00;
-            });
-            const uint32_t count = run.length - static_cast<uint32_t>(trails);
-            return {count, count};
-        }
-        case Op::loop_greedy:
-        case Op::loop_lazy:
-        case Op::loop_possessive:
-            return {program.loops[in.arg].min, program.loops[in.arg].max};
-        case Op::reference:
-        case Op::reference_folded:
-        case Op::evaluate_dynamic:
-        case Op::parse_dynamic:
-            return {0, kNoLimit};
-        default:
-            return {0, 0};
-    }
-}
 
 bool is_loop(Op op) {
     return op == Op::loop_greedy || op == Op::loop_lazy || op == Op::loop_possessive;
@@ -302,9 +259,8 @@ void add_literal(const Program& program, const Instruction& in, size_t count,
     const uint32_t end = run.first + run.length;
     for (uint32_t i = run.first; i < end && count != 0; ++i, --count) {
         const char32_t lead = unit(i);
-        if ((lead & 0xFC00) == 0xD800 && i + 1 < end && (unit(i + 1) & 0xFC00) == 0xDC00) {
-            const char32_t trail = unit(++i);
-            set.add(((lead - 0xD800) << 10) + (trail - 0xDC00) + 0x10000, false);
+        if (is_high_surrogate(lead) && i + 1 < end && is_low_surrogate(unit(i + 1))) {
+            set.add(pair_character(lead, unit(++i)), false);
         } else if (is_folded) {
             for (const char16_t variant : program.folded_units[i].units) set.add(variant, false);
         } else {

@@ -4,16 +4,15 @@
 // beginning of the body that it stands in. A loop's exit is reached again when its link back is
 // met, with what its body can match added as often as it may be repeated.
 //
-// Entry: lower_lengths.
+// Entry: lower_lengths. Tested by the tables of matches, whose look-behinds have such bodies.
+#include "regexp/lengths.h"
 #include "regexp/lowering.h"
 
 namespace qxut::regexp {
 namespace {
 
-struct Lengths {
-    uint32_t min = kNoLimit;  // kNoLimit: not reached
-    uint32_t max = 0;
-};
+// Of the way to an instruction.
+constexpr Lengths kNotReached{kNoLimit, 0};
 
 uint32_t add(uint32_t a, uint32_t b) {
     return a == kNoLimit || b == kNoLimit || b > kNoLimit - 1 - a ? kNoLimit : a + b;
@@ -25,54 +24,12 @@ uint32_t times(uint32_t a, uint32_t count) {
 // A lower bound stays one when it does not fit.
 uint32_t bound(uint32_t min) { return min == kNoLimit ? kNoLimit - 1 : min; }
 
-uint32_t characters(const Program& program, const Instruction& in) {
-    const bool is_folded = in.op == Op::folded_string;
-    const Run run = (is_folded ? program.folded_strings : program.strings)[in.arg];
-    uint32_t count = 0;
-    for (uint32_t i = 0; i < run.length; ++i) {
-        const char16_t unit =
-            is_folded ? program.folded_units[run.first + i].units[0] : program.units[run.first + i];
-        if ((unit & 0xFC00) != 0xDC00) ++count;
-    }
-    return count;
-}
-
-// What an instruction itself matches.
-Lengths own_length(const Program& program, const Instruction& in) {
-    switch (in.op) {
-        case Op::character:
-        case Op::either:
-        case Op::any:
-        case Op::line:
-        case Op::set:
-            return {1, 1};
-        case Op::string:
-        case Op::folded_string: {
-            const uint32_t count = characters(program, in);
-            return {count, count};
-        }
-        case Op::loop_greedy:
-        case Op::loop_lazy:
-        case Op::loop_possessive: {
-            const Loop& loop = program.loops[in.arg];
-            return {loop.min, loop.max};
-        }
-        case Op::reference:
-        case Op::reference_folded:
-        case Op::evaluate_dynamic:
-        case Op::parse_dynamic:
-            return {0, kNoLimit};
-        default:
-            return {0, 0};
-    }
-}
-
 }  // namespace
 
 void lower_lengths(Program& program) {
     if (program.regions.empty()) return;  // the lengths are theirs
     const Vector<Instruction>& code = program.code;
-    Vector<Lengths> to(code.size());
+    Vector<Lengths> to(code.size(), kNotReached);
     const auto reach = [&](uint32_t at, uint32_t min, uint32_t max) {
         if (at == kNoWay) return;
         Lengths& lengths = to[at];

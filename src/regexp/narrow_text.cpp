@@ -13,6 +13,7 @@
 #include "i18n/thread_converters.h"
 #include "i18n/utf8.h"
 #include "i18n/utf8_scan.h"
+#include "regexp/characters.h"
 #include "regexp/failure.h"
 
 namespace qxut::regexp {
@@ -23,15 +24,12 @@ constexpr size_t kStride = 64;
 constexpr size_t kPieceBytes = size_t{1} << 16;
 constexpr size_t kPieceUnits = 512;
 
-bool is_high(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-bool is_low(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
-
 // Bytes of the UTF-8 that a unit stands for, those of a pair with its high one.
 size_t utf8_length(char16_t unit) {
     if (unit < 0x80) return 1;
     if (unit < 0x800) return 2;
-    if (is_high(unit)) return 4;
-    return is_low(unit) ? 0 : 3;
+    if (is_high_surrogate(unit)) return 4;
+    return is_low_surrogate(unit) ? 0 : 3;
 }
 
 }  // namespace
@@ -121,7 +119,7 @@ size_t NarrowText::byte_offset(size_t unit) const noexcept {
     if (unit >= units_.size()) return bytes_;
     if (offsets_.empty()) return unit;
     if (!is_sparse_) return offsets_[unit];
-    if (unit != 0 && is_low(units_[unit]) && is_high(units_[unit - 1])) --unit;
+    if (unit != 0 && is_low_surrogate(units_[unit]) && is_high_surrogate(units_[unit - 1])) --unit;
     size_t offset = offsets_[unit / kStride];
     for (size_t i = unit / kStride * kStride; i < unit; ++i) offset += utf8_length(units_[i]);
     return offset;

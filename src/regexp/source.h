@@ -9,18 +9,16 @@
 
 #include <qxut/regexp/context.hpp>
 
-namespace qxut::regexp {
+#include "regexp/characters.h"
 
-constexpr bool is_high_surrogate(char32_t c) { return (c & 0xFFFFFC00) == 0xD800; }
-constexpr bool is_low_surrogate(char32_t c) { return (c & 0xFFFFFC00) == 0xDC00; }
-constexpr bool is_surrogate(char32_t c) { return (c & 0xFFFFF800) == 0xD800; }
+namespace qxut::regexp {
 
 // The character at `position`, which is below `end`; the position moves behind it. A surrogate pair
 // is one character, a lone surrogate another.
 inline char32_t read_character(const char16_t* text, size_t& position, size_t end) {
     const char32_t unit = text[position++];
     if (is_high_surrogate(unit) && position < end && is_low_surrogate(text[position])) {
-        return 0x10000 + ((unit & 0x3FF) << 10) + (text[position++] & 0x3FFU);
+        return pair_character(unit, text[position++]);
     }
     return unit;
 }

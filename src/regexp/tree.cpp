@@ -15,6 +15,7 @@
 #include <qxut/regexp/builder.hpp>
 #include <qxut/regexp/context.hpp>
 
+#include "regexp/characters.h"
 #include "regexp/failure.h"
 #include "regexp/graph.h"
 #include "regexp/listing.h"
@@ -28,8 +29,8 @@ namespace {
 RE_Flags case_flag(bool ignore_case) { return ignore_case ? RE_IGNORE_CASE : RE_NO_FLAGS; }
 
 bool is_inside_pair(const char16_t* text, size_t length, size_t position) {
-    return position > 0 && position < length && (text[position] & 0xFC00) == 0xDC00 &&
-           (text[position - 1] & 0xFC00) == 0xD800;
+    return position > 0 && position < length && is_low_surrogate(text[position]) &&
+           is_high_surrogate(text[position - 1]);
 }
 
 RE_Tree::Parts* compile(const char16_t* text, size_t length, RE_Flags flags, RE_Context* context) {
