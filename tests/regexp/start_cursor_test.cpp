@@ -167,6 +167,8 @@ TEST(StartCursor, StepsOverNoStart) {
                                                 u"([a-c])\\1-",
                                                 u"(a)(.)\\2",
                                                 u"[ab]{2,}",
+                                                u"[^\\s\u0430]+",
+                                                u"[^\\s\u0430]+-",
                                                 u"(\\x{1F600}|a)\\1",
                                                 u"\\s*a",
                                                 u"[\u0430-\u044F]+",
