@@ -1,4 +1,4 @@
-// frequency.cpp - see frequency.h.
+// frequency.cpp - see frequency.h. Tested by tests/regexp/analysis_test.cpp.
 #include "regexp/frequency.h"
 
 #include <algorithm>

@@ -8,6 +8,8 @@
 // Entry: lower_nodes. Tested by tests/regexp/program_test.cpp.
 #include <optional>
 
+#include <qxut/util/interrupt.h>
+
 #include "regexp/characters.h"
 #include "regexp/failure.h"
 #include "regexp/folding.h"
@@ -163,7 +165,9 @@ void NodeLowering::run() {
     lowering_.steps.reserve(lowering_.pattern.nodes.size() + 8);
     pending_.reserve(16);
     lowering_.first = resolve(lowering_.pattern.first, kNoWay);
-    while (!pending_.empty()) {
+    constexpr size_t kPollEvery = 1024;
+    for (size_t followed = 1; !pending_.empty(); ++followed) {
+        if (followed % kPollEvery == 0 && utTakeInterrupt()) fail_interrupt();
         const PendingLink link = pending_.back();
         pending_.pop_back();
         const uint32_t target = resolve(*link.link, link.scope);

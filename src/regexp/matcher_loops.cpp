@@ -27,6 +27,8 @@ const char16_t* behind_units(const char16_t* p, const char16_t* end, Takes takes
 
 // The usual run is shorter; the wide search is for the others.
 constexpr ptrdiff_t kShortRun = 16;
+// Where each unit is a step.
+constexpr ptrdiff_t kUnitsBetweenCharges = 512;
 constexpr UnitSet kNewline = [] {
     UnitSet set;
     set.by_ranges = true;
@@ -221,7 +223,12 @@ const char16_t* Backtracker::scan_recorded(const Loop& loop, uint32_t pc, const 
     const char16_t* p = low;
     Records::Point point{};
     if (!point_of(pc, offset(low) + 1, point)) return scan(loop, low, kNoLimit);
+    const char16_t* charged = low;
     for (;;) {
+        if (p - charged >= kUnitsBetweenCharges) {
+            charge(static_cast<size_t>(p - charged) * kUnitsOfStep, p);
+            charged = p;
+        }
         const char16_t* after = p;
         if (!takes(loop, after)) break;
         if (records_->has(point, offset(after))) {
@@ -230,7 +237,7 @@ const char16_t* Backtracker::scan_recorded(const Loop& loop, uint32_t pc, const 
         }
         p = after;
     }
-    charge(static_cast<size_t>(p - low) * kUnitsOfStep, p);
+    charge(static_cast<size_t>(p - charged) * kUnitsOfStep, p);
     return p;
 }
 

@@ -1,7 +1,7 @@
 // matcher_reference.cpp - the text of a token again.
 //
 // Ignoring case, characters are compared by their folded forms, so that the two texts may differ in
-// units.
+// units. Entry: the main loop. Tested by the tables of matches.
 #include <cstring>
 
 #include "regexp/folding.h"

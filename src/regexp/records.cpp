@@ -1,5 +1,5 @@
 // records.cpp - the hash table of records.h: open addressing, linear probing, three quarters full
-// at most.
+// at most. Tested by tests/regexp/records_test.cpp.
 #include "regexp/records.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// wide_search_plain.cpp - the searches of wide_search.h, one unit after the other.
+// wide_search_plain.cpp - the searches of wide_search.h, one unit after the other. Tested by
+// tests/regexp/wide_search_test.cpp.
 #include "regexp/wide_search_compare.h"
 
 namespace qxut::regexp {

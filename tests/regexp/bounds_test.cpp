@@ -359,6 +359,14 @@ TEST(Interrupts, EndASearchAndLeaveTheTreeUsable) {
     }
 }
 
+TEST(Interrupts, EndACompilation) {
+    const std::u16string pattern = repeated(u"(a*|b)", 2000);
+    utSetInterruptPending(true);
+    EXPECT_THROW(RE_Tree(pattern.data(), pattern.size(), RE_NO_FLAGS, nullptr), InterruptException);
+    EXPECT_FALSE(utIsInterruptPending());
+    EXPECT_EQ(first_match(tree_of(pattern), u"ab").match, "0-1");
+}
+
 TEST(Interrupts, WaitForAThreadThatIsNotEnabled) {
     const RE_Tree tree = tree_of(u"(a|a)*b");
     utSetInterruptPending(true);
