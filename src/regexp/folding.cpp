@@ -15,7 +15,7 @@ constexpr uint32_t kBlock = 1U << kFoldingShift;
 // The contents of a block none of whose characters has case.
 constexpr uint32_t find_caseless_contents() {
     for (uint32_t contents = 0;; ++contents) {
-        const uint8_t* begin = kFoldingContents + contents * kBlock;
+        const uint8_t* begin = kFoldingContents + size_t{contents} * kBlock;
         if (std::all_of(begin, begin + kBlock, [](uint8_t number) { return number == 0; }))
             return contents;
     }

@@ -18,7 +18,7 @@
 namespace qxut::regexp {
 namespace {
 
-constexpr size_t kPieceUnits = 32 * 1024;  // 64 KiB
+constexpr size_t kPieceUnits = size_t{32} * 1024;  // 64 KiB
 // Looked at one by one before a wide search is begun.
 constexpr size_t kNearUnits = 8;
 
