@@ -3,6 +3,7 @@
 // step on agree, match after match.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 
 #include "regexp/matched.h"
@@ -81,8 +82,9 @@ std::vector<std::vector<size_t>> all_matches(Matched& matched, const std::u16str
     std::vector<std::vector<size_t>> found;
     size_t start = 0;
     matched.request().not_empty_at = kUnset;
-    qxut::regexp::Iteration* const iteration = qxut::regexp::new_iteration(0);
-    matched.request().iteration = iteration;
+    const std::unique_ptr<qxut::regexp::Iteration, void (*)(qxut::regexp::Iteration*)> iteration(
+        qxut::regexp::new_iteration(0), qxut::regexp::delete_iteration);
+    matched.request().iteration = iteration.get();
     while (start <= text.size()) {
         const std::vector<size_t> extents = matched.find(text, start);
         if (extents.empty()) break;
@@ -91,7 +93,6 @@ std::vector<std::vector<size_t>> all_matches(Matched& matched, const std::u16str
         matched.request().not_empty_at = extents[0] == extents[1] ? start : kUnset;
     }
     matched.request().iteration = nullptr;
-    qxut::regexp::delete_iteration(iteration);
     return found;
 }
 
