@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 #include <functional>
-#include <iomanip>
+#include <initializer_list>
 #include <sstream>
 
 #include <qxut/system/throwable.hpp>
@@ -101,6 +101,12 @@ bool is_unit_inside_pair(const std::u16string& text, size_t i) {
            (text[i - 1] & 0xFC00) == 0xD800;
 }
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) text += part;
+    return text;
+}
+
 // The forms of a search: all have to say the same.
 std::string compare_forms(const RE_Tree& tree, const Case& tried,
                           const std::vector<Extents>& matches) {
@@ -113,15 +119,15 @@ std::string compare_forms(const RE_Tree& tree, const Case& tried,
             answer_of([&] { return to_text(engine_matches(tree, text, 0, &info)); });
         // Without records a search may take too long.
         if (found == expected || (found == kLimit && form == qxut::regexp::kPlainSearch)) continue;
-        return "a search " + expected +
-               (form == qxut::regexp::kPlainSearch ? "\none without fast paths "
-                                                   : "\none that records at once ") +
-               found;
+        const char* const other =
+            form == qxut::regexp::kPlainSearch ? "without fast paths " : "that records at once ";
+        return joined({"a search ", expected, "\none ", other, found});
     }
     RE_Seek_Table table;
     for (int round = 0; round < 2; ++round) {
         const std::string sought = to_text(engine_matches(tree, text, 0, nullptr, &table));
-        if (sought != expected) return "without a table " + expected + "\nwith one " + sought;
+        if (sought != expected)
+            return joined({"without a table ", expected, "\nwith one ", sought});
     }
     for (size_t start = 0; start <= tried.text.size(); ++start) {
         if (is_unit_inside_pair(tried.text, start)) continue;

@@ -176,7 +176,9 @@ RandomPatterns::Piece RandomPatterns::set() {
             // Units of pairs sort before U+E000, characters behind it.
             if (is_shared_ && (first.size() > 1 || last.size() > 1)) last = first;
             if (first == u"-" || last == u"-") continue;
-            made += first + u"-" + last;
+            made += first;
+            made += u'-';
+            made += last;
         } else {
             const std::u16string next = character();
             made += next == u"-" ? u"\\-" : next;
