@@ -437,7 +437,7 @@ bool Backtracker::start_possessive(State& state) {
     }
     const char16_t* const low = behind_least(loop, state.position);
     if (low == nullptr || has_failed(state.pc, low)) return false;
-    const char16_t* end = low;
+    const char16_t* end = nullptr;
     if (loop.max != kNoLimit) {
         end = scan(loop, low, loop.max - loop.min);
         push(state.top, Entry::Kind::failed, state.pc, offset(low), 0, end);

@@ -113,12 +113,12 @@ inline bool Backtracker::match_before(const Instruction& in, const char16_t*& p)
     }
 }
 
-const char16_t* Backtracker::step_back(const char16_t* p, uint32_t count) const {
+bool Backtracker::step_back(const char16_t*& p, uint32_t count) const {
     for (; count != 0; --count) {
-        if (p == begin_) return nullptr;
+        if (p == begin_) return false;
         p = before_character(p, begin_);
     }
-    return p;
+    return true;
 }
 
 bool Backtracker::run(const char16_t* const start) {
@@ -372,9 +372,9 @@ bool Backtracker::run(const char16_t* const start) {
             case Op::look_behind: {
                 if (is_recording_ && has_failed(pc, p)) goto fail;
                 const Region& region = program_->regions[in.arg];
-                const char16_t* const from =
-                    region.is_read_backwards ? p : step_back(p, region.min);
-                if (from == nullptr) {  // the text has not so many characters before
+                const char16_t* from = p;
+                if (!region.is_read_backwards && !step_back(from, region.min)) {
+                    // The text has not so many characters before.
                     pc = in.alt;
                     if (pc == kNoWay) goto fail;
                     continue;

@@ -113,7 +113,8 @@ class Backtracker {
     const char16_t* lazy_end(const Loop& loop, uint32_t pc, const char16_t*& p, uint32_t& room);
 
     // Look-behind.
-    const char16_t* step_back(const char16_t* p, uint32_t count) const;
+    // So many characters back; false when the text has not so many before.
+    bool step_back(const char16_t*& p, uint32_t count) const;
 
     // Recorded failures; matcher_records.cpp.
     bool point_of(uint32_t pc, size_t position, Records::Point& point) const;
