@@ -170,8 +170,10 @@ void Chooser::read_doubled() {
     starts_.way = StartSearch::Way::doubled;
 }
 
-// One instruction and nothing else.
+// One instruction and nothing else; a pattern may have tokens without instructions, which have to
+// be told apart as unset.
 void Chooser::read_whole() {
+    if (program_.token_count != 0) return;
     const Instruction& in = program_.code[program_.first];
     if (in.next == kNoWay || program_.code[in.next].op != Op::match) return;
     if (in.op == Op::loop_greedy || in.op == Op::loop_possessive) {
