@@ -293,6 +293,11 @@ class Explain(Qxre):
             text = self.explain(pattern, status=1)
             self.assertIn("warning: " + warning + "\n" + (caret or ""), text, pattern)
 
+    def test_a_pattern_that_is_refused_has_a_caret(self):
+        for command in ("explain", "find"):
+            refused = self.run_tool(command, "水(?ii)", status=2).stderr.decode()
+            self.assertEqual(refused, "qxre: Repeated mode flag.\n  水(?ii)\n       ^\n")
+
     def test_notes(self):
         for pattern, note, column in (
                 (r"(a)\2", "There is no token 2.", 3),

@@ -17,6 +17,7 @@
 #include <exception>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "explain.h"
 #include "find.h"
@@ -163,7 +164,8 @@ int main(int argc, char** argv) {
     try {
         return start(argc, argv);
     } catch (const std::exception& problem) {
-        std::fprintf(stderr, "qxre: %s\n", problem.what());
+        const std::string_view text = problem.what();
+        std::fprintf(stderr, "qxre: %s%s", problem.what(), text.ends_with('\n') ? "" : "\n");
         return 2;
     }
 }

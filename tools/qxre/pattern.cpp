@@ -2,10 +2,26 @@
 #include "pattern.h"
 
 #include <functional>
+#include <stdexcept>
+
+#include <qxut/regexp/exception.hpp>
 
 #include "unicode.h"
 
 namespace qxre {
+namespace {
+
+// What a tree refuses is told with its place.
+RE_Tree compile(std::u16string_view text, RE_Flags flags, RE_Context& context) {
+    try {
+        return RE_Tree(text.data(), text.size(), flags, &context);
+    } catch (const RE_Exception& problem) {
+        throw std::runtime_error(std::string(problem.what()) + "\n" +
+                                 show_place(text, problem.position()));
+    }
+}
+
+}  // namespace
 
 void Context::warn(const char16_t* position, const char* format, va_list arguments) {
     std::string text(utFormatRegexpWarning(nullptr, 0, format, arguments), '\0');
@@ -20,7 +36,7 @@ void Context::warn(const char16_t* position, const char* format, va_list argumen
 Pattern::Pattern(std::string_view text, RE_Flags flags, bool may_evaluate)
     : text_(to_utf16(text)),
       context_(text_, may_evaluate),
-      tree_(text_.data(), text_.size(), flags, &context_) {}
+      tree_(compile(text_, flags, context_)) {}
 
 std::string show_place(std::u16string_view pattern, size_t position) {
     const auto is_break = [](char16_t c) { return c == u'\n' || c == u'\r'; };

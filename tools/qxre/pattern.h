@@ -38,7 +38,8 @@ class Context : public RE_Context {
 class Pattern {
   public:
     // The text is UTF-8. With `may_evaluate` dynamic parts are kept, though nobody answers them.
-    // Throws what RE_Tree's constructor throws.
+    // Throws std::runtime_error, its text with the place and a newline at the end, for a pattern
+    // that is refused, and what else RE_Tree's constructor throws.
     Pattern(std::string_view text, RE_Flags flags, bool may_evaluate = false);
     Pattern(const Pattern&) = delete;
     Pattern& operator=(const Pattern&) = delete;
