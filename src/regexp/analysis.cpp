@@ -179,6 +179,8 @@ void Chooser::read_whole() {
     if (in.op == Op::loop_greedy || in.op == Op::loop_possessive) {
         if (starts_.begins_with_run && starts_.max_run == kNoLimit && starts_.min_run != 0)
             starts_.whole = StartSearch::Whole::run;
+        starts_.is_run_of_units = starts_.has_first && starts_.first == starts_.run &&
+                                  are_whole_units(starts_.first_units, starts_.run);
         return;
     }
     const Landmark& landmark = starts_.landmark;

@@ -74,6 +74,7 @@ struct StartSearch : RE_Memory {
     CharacterSet run;
     uint32_t min_run = 0;
     uint32_t max_run = kNoLimit;
+    bool is_run_of_units = false;  // the run's characters are those of `first_units`, one unit each
     Whole whole = Whole::unknown;
 
     StartSearch() = default;

@@ -83,15 +83,24 @@ void Backtracker::use_frame(uint32_t frame) {
     registers_ = scratch_.registers.data() + scratch_.frames[frame].registers;
 }
 
+namespace {
+
+// Throws when the search is to end.
+void poll_interrupts(const SearchRequest& request) {
+    if (request.cancel != nullptr && request.cancel->load(std::memory_order_relaxed))
+        fail_interrupt();
+    if (utTakeInterrupt()) fail_interrupt();
+}
+
+}  // namespace
+
 int32_t Backtracker::poll(const char16_t* position, int32_t countdown) {
     used_ += static_cast<uint64_t>(int64_t{quantum_} - countdown);
     quantum_ = 0;
     countdown_ = 0;
     const size_t place = offset(position);
     if (used_ > limits_.steps) fail_step_limit(limits_.steps, place);
-    if (request_->cancel != nullptr && request_->cancel->load(std::memory_order_relaxed))
-        fail_interrupt();
-    if (utTakeInterrupt()) fail_interrupt();
+    poll_interrupts(*request_);
     furthest_ = std::max(furthest_, place);
     const uint64_t allowed = kStepsBeforeRecording + kStepsOfUnit * (furthest_ - request_->start);
     if (allows_records_ && used_ - used_before_ > allowed) is_recording_ = true;
@@ -99,12 +108,6 @@ int32_t Backtracker::poll(const char16_t* position, int32_t countdown) {
     quantum_ = left < kStepsBetweenPolls ? static_cast<int32_t>(left) + 1 : kStepsBetweenPolls;
     countdown_ = quantum_;
     return quantum_;
-}
-
-void Backtracker::poll_seeking() const {
-    if (request_->cancel != nullptr && request_->cancel->load(std::memory_order_relaxed))
-        fail_interrupt();
-    if (utTakeInterrupt()) fail_interrupt();
 }
 
 Entry* Backtracker::grow(Entry* top, const char16_t* position) {
@@ -154,15 +157,29 @@ void delete_iteration(Iteration* iteration) noexcept { delete iteration; }
 
 namespace {
 
+SeekPoll poll_of(SearchRequest& request) {
+    return {[](void* asked) { poll_interrupts(*static_cast<SearchRequest*>(asked)); }, &request};
+}
+
+// The caller's, the iteration's, or else `own`, which is made.
+StartCursor& cursor_of(const SearchRequest& request, Iteration* iteration,
+                       std::optional<StartCursor>& own) {
+    if (request.table != nullptr)
+        return cursor_in(*request.table, *request.starts, request.text, request.length);
+    std::optional<StartCursor>& cursor = iteration != nullptr ? iteration->cursor : own;
+    if (!cursor) cursor.emplace(*request.starts, request.text, request.length);
+    return *cursor;
+}
+
 // Tries the starts.
-bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extents) {
+bool find_match(Backtracker& backtracker, SearchRequest& request, Iteration* iteration,
+                size_t* extents) {
     const auto found = [&](size_t start) {
         if (!backtracker.attempt(start)) return false;
         backtracker.take_extents(extents);
         return true;
     };
-    const SeekPoll poll{[](void* seeking) { static_cast<Backtracker*>(seeking)->poll_seeking(); },
-                        &backtracker};
+    const SeekPoll poll = poll_of(request);
     if (request.lines) {
         if (!search_lines(request, backtracker, poll)) return false;
         backtracker.take_extents(extents);
@@ -178,20 +195,7 @@ bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extent
         }
     }
     std::optional<StartCursor> own;
-    StartCursor& cursor =
-        request.table != nullptr
-            ? cursor_in(*request.table, *request.starts, request.text, request.length)
-            : own.emplace(*request.starts, request.text, request.length);
-    if (request.starts->whole != StartSearch::Whole::unknown) {
-        StartCursor::Match match{};
-        const bool is_found = cursor.first_match(request.start, poll, match);
-        const bool goes_on = request.starts->whole == StartSearch::Whole::run;
-        if (!is_found || (goes_on && match.end == request.length)) backtracker.note_end();
-        if (!is_found) return false;
-        extents[0] = match.start;
-        extents[1] = match.end;
-        return true;
-    }
+    StartCursor& cursor = cursor_of(request, iteration, own);
     for (size_t start = cursor.first(request.start, poll); start != kUnset;
          start = cursor.after_failure(start, poll)) {
         if (found(start)) return true;
@@ -200,13 +204,36 @@ bool find_match(Backtracker& backtracker, SearchRequest& request, size_t* extent
     return false;
 }
 
-bool search_with(Backtracker& backtracker, SearchRequest& request, size_t* extents) {
+bool search_with(Backtracker& backtracker, SearchRequest& request, Iteration* iteration,
+                 size_t* extents) {
     backtracker.begin(request);
     const struct Ended {
         Backtracker& backtracker;
         ~Ended() { backtracker.end(); }
     } ended{backtracker};
-    return find_match(backtracker, request, extents);
+    return find_match(backtracker, request, iteration, extents);
+}
+
+// Whether the search for starts finds whole matches, so that nothing need be tried: none of them is
+// empty or has tokens.
+bool finds_whole_matches(const SearchRequest& request) {
+    return request.starts != nullptr && request.starts->whole != StartSearch::Whole::unknown &&
+           !request.anchored && !request.lines && !request.plain;
+}
+
+bool find_whole_match(SearchRequest& request, Iteration* iteration, size_t* extents) {
+    request.steps_used = iteration != nullptr ? iteration->steps_before : 0;
+    request.reached_end = false;
+    std::optional<StartCursor> own;
+    StartCursor& cursor = cursor_of(request, iteration, own);
+    StartCursor::Match match{};
+    const bool is_found = cursor.first_match(request.start, poll_of(request), match);
+    const bool goes_on = request.starts->whole == StartSearch::Whole::run;
+    request.reached_end = !is_found || (goes_on && match.end == request.length);
+    if (!is_found) return false;
+    extents[0] = match.start;
+    extents[1] = match.end;
+    return true;
 }
 
 }  // namespace
@@ -214,17 +241,18 @@ bool search_with(Backtracker& backtracker, SearchRequest& request, size_t* exten
 bool search(SearchRequest& request, size_t* extents) {
     if (request.start > request.length) return false;
     Iteration* const iteration = request.iteration;
+    if (finds_whole_matches(request)) return find_whole_match(request, iteration, extents);
     if (iteration == nullptr || (iteration->backtracker && iteration->backtracker->is_running())) {
         const ScratchUse scratch;
         Backtracker backtracker(request, scratch.get(), nullptr);
-        return search_with(backtracker, request, extents);
+        return search_with(backtracker, request, nullptr, extents);
     }
     if (!iteration->backtracker) {
         if (iteration->scratch == nullptr) iteration->scratch = acquire_scratch();
         iteration->backtracker.emplace(request, *iteration->scratch, &iteration->records);
         iteration->backtracker->add_steps(iteration->steps_before);
     }
-    return search_with(*iteration->backtracker, request, extents);
+    return search_with(*iteration->backtracker, request, iteration, extents);
 }
 
 }  // namespace qxut::regexp

@@ -11,6 +11,7 @@
 #include "regexp/program.h"
 #include "regexp/records.h"
 #include "regexp/scratch.h"
+#include "regexp/start_cursor.h"
 
 namespace qxut::regexp {
 
@@ -50,9 +51,6 @@ class Backtracker {
         countdown_ -= static_cast<int32_t>(units / kUnitsOfStep);
         if (countdown_ <= 0) countdown_ = poll(position, countdown_);
     }
-
-    // While starts are sought: throws when the search is to end.
-    void poll_seeking() const;
 
   private:
     // What the main loop keeps in registers; calls out of it get a copy.
@@ -177,6 +175,7 @@ class Iteration : public RE_Memory {
     Records records;
     Scratch* scratch = nullptr;  // null before the first search
     std::optional<Backtracker> backtracker;
+    std::optional<StartCursor> cursor;
 };
 
 }  // namespace qxut::regexp

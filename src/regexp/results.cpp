@@ -32,18 +32,23 @@ RE_Results::Search::Search(const RE_Tree::Parts& parts, const SearchRequest& as_
       request(as_run),
       extents(found, found + parts.extent_count()),
       tokens(parts.pattern.token_count) {
+    for (size_t token = 1; token <= parts.pattern.token_count; ++token)
+        tokens.set_start(token, parts.pattern.names[token - 1], 0);
     publish();
 }
 
 void RE_Results::Search::publish() noexcept {
-    tokens.reset();
-    for (size_t token = 0; token <= tokens.count(); ++token) {
-        const char16_t* const name = token != 0 ? tree->pattern.names[token - 1] : nullptr;
+    const size_t count = tree->pattern.token_count;
+    if (count != 0) tokens.reset();
+    for (size_t token = 0; token <= count; ++token) {
         const size_t start = extents[2 * token];
         const size_t end = extents[2 * token + 1];
-        const bool is_set = end != kUnset;
-        tokens.set_start(token, name, is_set && is_narrow ? narrow.byte_offset(start) : start);
-        if (is_set) tokens.set_end(token, is_narrow ? narrow.byte_offset(end) : end);
+        if (end == kUnset) continue;
+        if (is_narrow) {
+            tokens.set(token, narrow.byte_offset(start), narrow.byte_offset(end));
+        } else {
+            tokens.set(token, start, end);
+        }
     }
 }
 

@@ -14,6 +14,7 @@
 #include "regexp/start_cursor.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace qxut::regexp {
 namespace {
@@ -122,10 +123,11 @@ size_t StartCursor::first_line_start(size_t from, const SeekPoll& poll) {
 
 size_t StartCursor::first_member(size_t from, const SeekPoll& poll) {
     // Where matches stand close together the next start is near.
-    for (const size_t near = from + kNearUnits; from < near; from = after(from)) {
-        if (from >= length_) return kUnset;
-        if (starts_->first.contains(character_at(from))) return from;
-    }
+    const size_t asked = from;
+    const size_t near = std::min(length_, from + kNearUnits);
+    while (from < near && !starts_->first.contains(character_at(from))) from = after(from);
+    passed(from - asked, poll);
+    if (from < near) return from;
     for (;; ++from) {
         if (from >= length_) return kUnset;
         from = in_pieces(from, length_, poll, [&](size_t begin, size_t stop) {
@@ -264,15 +266,15 @@ size_t StartCursor::run_end(size_t p, const SeekPoll& poll) {
     if (p >= run_begin_ && p < run_end_) return run_end_;
     const CharacterSet& run = starts_->run;
     size_t end = p;
-    for (size_t since = p; end < length_; since = end) {
-        const size_t stop = std::min(length_, end + kPieceUnits);
+    for (size_t stop = p; end == stop && end < length_;) {
+        const size_t since = end;
+        stop = std::min(length_, end + kPieceUnits);
         while (end < stop) {
             const char16_t unit = text_[end];
             const bool is_whole = (unit & 0xF800) != 0xD800;
             if (!run.contains(is_whole ? unit : character_at(end))) break;
             end = is_whole ? end + 1 : after(end);
         }
-        if (end < stop) break;
         passed(end - since, poll);
     }
     run_begin_ = p;
@@ -288,7 +290,53 @@ size_t StartCursor::after_failure(size_t p, const SeekPoll& poll) {
     return end < length_ ? first(after(end), poll) : kUnset;
 }
 
+// Which units are of the run, in the block that p is in; none behind the text.
+uint64_t StartCursor::members_around(size_t p) {
+    const size_t block = p - p % kMemberBits;
+    if (block != block_) {
+        const size_t end = std::min(length_, block + kMemberBits);
+        members_ = members_in(text_, block, end, starts_->first_units);
+        block_ = block;
+    }
+    return members_;
+}
+
+// Where runs are short, their ends are met as often as one unit in three: bits tell both without a
+// branch for each unit.
+bool StartCursor::first_run_of_units(size_t from, const SeekPoll& poll, Match& match) {
+    const auto behind_block = [](size_t p) { return p - p % kMemberBits + kMemberBits; };
+    for (size_t p = from; p < length_;) {
+        size_t counted = p;
+        const uint64_t members = members_around(p) >> p % kMemberBits;
+        if (members == 0) {
+            passed(behind_block(p) - p, poll);
+            p = in_pieces(behind_block(p), length_, poll, [&](size_t begin, size_t stop) {
+                return find_in_set(text_, begin, stop, starts_->first_units);
+            });
+            if (p == kUnset) return false;
+            continue;
+        }
+        p += static_cast<size_t>(std::countr_zero(members));
+        match.start = p;
+        uint64_t others = ~members_around(p) >> p % kMemberBits;
+        while (others == 0 && behind_block(p) < length_) {
+            p = behind_block(p);
+            passed(p - counted, poll);
+            counted = p;
+            others = ~members_around(p);
+        }
+        // Nothing ends the run in the text's last block when that is full.
+        match.end = others != 0 ? p + static_cast<size_t>(std::countr_zero(others)) : length_;
+        passed(match.end - counted, poll);
+        p = match.end;
+        if (match.end - match.start >= starts_->min_run) return true;
+    }
+    return false;
+}
+
 bool StartCursor::first_match(size_t from, const SeekPoll& poll, Match& match) {
+    if (starts_->whole == StartSearch::Whole::run && starts_->is_run_of_units)
+        return first_run_of_units(from, poll, match);
     for (;;) {
         match.start = first(from, poll);
         if (match.start == kUnset) return false;

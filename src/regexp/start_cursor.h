@@ -78,6 +78,8 @@ class StartCursor {
     bool find_window(size_t from, size_t at, Window& window, const SeekPoll& poll);
     void passed(size_t units, const SeekPoll& poll);
     size_t run_end(size_t p, const SeekPoll& poll);
+    bool first_run_of_units(size_t from, const SeekPoll& poll, Match& match);
+    uint64_t members_around(size_t p);
 
     const StartSearch* starts_;
     uint64_t identity_ = starts_->identity;
@@ -91,6 +93,9 @@ class StartCursor {
     // A run of what every match begins with, as far as it goes on.
     size_t run_begin_ = 0;
     size_t run_end_ = 0;
+    // Which units of the block that begins there are of the run; kUnset: no block was looked at.
+    size_t block_ = kUnset;
+    uint64_t members_ = 0;
 };
 
 // The table's cursor, made anew when it was for another search or text. Throws std::bad_alloc.

@@ -98,6 +98,14 @@ UnitSet units_of(const CharacterSet& set) noexcept {
     return units;
 }
 
+bool are_whole_units(const UnitSet& units, const CharacterSet& set) noexcept {
+    return !units.all_others && !set.is_negated() && set.classes() == 0 &&
+           std::all_of(set.ranges().begin(), set.ranges().end(), [](const auto& range) {
+               return range.last < kFirstLead ||
+                      (range.first > kLastTrail && range.last <= kLastUnit);
+           });
+}
+
 UnitSet units_surely_in(const CharacterSet& set) noexcept {
     UnitSet units;
     copy_low(units, set);

@@ -36,6 +36,9 @@ size_t set_search(const char16_t* text, size_t from, size_t end, const UnitSet& 
 size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     return find_outside_set_plainly(text, from, end, set);
 }
+uint64_t set_members(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    return members_in_plainly(text, from, end, set);
+}
 size_t doubled_search(const char16_t* text, size_t from, size_t end) {
     return find_doubled_plainly(text, from, end);
 }
@@ -276,6 +279,15 @@ class BitsTest : public LanesOf<D> {
     Ranges<D> ranges_;
 };
 
+// Of kMemberBits units from `from` on, a bit each.
+template <class Test>
+HWY_INLINE uint64_t members_of(const Test& test, size_t from) {
+    uint64_t members = 0;
+    for (size_t n = 0; n < kMemberBits; n += test.lanes())
+        members |= test.bits(test.matches(from + n)) << n;
+    return members;
+}
+
 template <class D, bool Outside>
 HWY_INLINE size_t scan_for_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     if (set.by_ranges) return scan_lanes(RangesTest<D, Outside>(text, set), from, end);
@@ -380,6 +392,7 @@ HWY_INLINE size_t find_word_in_lanes(const char16_t* text, size_t from, size_t e
 }  // namespace
 
 using Wide = hn::ScalableTag<uint16_t>;
+using Block = hn::CappedTag<uint16_t, kMemberBits>;
 using Narrow = hn::CappedTag<uint16_t, 8>;
 using WideBytes = hn::ScalableTag<uint8_t>;
 using NarrowBytes = hn::CappedTag<uint8_t, 16>;
@@ -400,6 +413,12 @@ size_t outside_search(const char16_t* text, size_t from, size_t end, const UnitS
     if (end >= hn::Lanes(Wide())) return scan_for_set<Wide, true>(text, from, end, set);
     if (end >= hn::Lanes(Narrow())) return scan_for_set<Narrow, true>(text, from, end, set);
     return find_outside_set_plainly(text, from, end, set);
+}
+
+uint64_t set_members(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    if (end - from != kMemberBits) return members_in_plainly(text, from, end, set);
+    return set.by_ranges ? members_of(RangesTest<Block, false>(text, set), from)
+                         : members_of(BitsTest<Block, false>(text, set), from);
 }
 
 size_t doubled_search(const char16_t* text, size_t from, size_t end) {
@@ -428,6 +447,7 @@ namespace qxut::regexp {
 HWY_EXPORT(literal_search);
 HWY_EXPORT(set_search);
 HWY_EXPORT(outside_search);
+HWY_EXPORT(set_members);
 HWY_EXPORT(doubled_search);
 HWY_EXPORT(word_search);
 
@@ -444,6 +464,10 @@ size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet&
 size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
     if (from >= end) return end;
     return HWY_DYNAMIC_DISPATCH(outside_search)(text, from, end, set);
+}
+
+uint64_t members_in(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    return HWY_DYNAMIC_DISPATCH(set_members)(text, from, end, set);
 }
 
 size_t find_doubled(const char16_t* text, size_t from, size_t end) {

@@ -52,6 +52,10 @@ struct UnitSet {
 size_t find_in_set(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 // The first unit that is not in the set.
 size_t find_outside_set(const char16_t* text, size_t from, size_t end, const UnitSet& set);
+// Bit n says whether the unit at from + n is in the set; `end` is at most kMemberBits behind
+// `from`.
+inline constexpr size_t kMemberBits = 64;
+uint64_t members_in(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 
 // The first unit that the next one, which may be read, is equal to, or that begins a pair.
 size_t find_doubled(const char16_t* text, size_t from, size_t end);
@@ -82,6 +86,7 @@ size_t find_literal_plainly(const char16_t* text, size_t from, size_t end,
                             const LiteralSearch& literal);
 size_t find_in_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
+uint64_t members_in_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set);
 size_t find_doubled_plainly(const char16_t* text, size_t from, size_t end);
 size_t find_word_plainly(const char16_t* text, size_t from, size_t end, size_t readable,
                          const WordSearch& words);

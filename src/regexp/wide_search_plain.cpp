@@ -34,6 +34,12 @@ size_t find_outside_set_plainly(const char16_t* text, size_t from, size_t end, c
     return from;
 }
 
+uint64_t members_in_plainly(const char16_t* text, size_t from, size_t end, const UnitSet& set) {
+    uint64_t members = 0;
+    for (size_t n = 0; n < end - from; ++n) members |= uint64_t{set.contains(text[from + n])} << n;
+    return members;
+}
+
 size_t find_doubled_plainly(const char16_t* text, size_t from, size_t end) {
     while (from < end && text[from] != text[from + 1] && (text[from] & 0xFC00) != 0xD800) ++from;
     return from;

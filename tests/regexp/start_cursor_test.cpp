@@ -197,6 +197,22 @@ TEST(StartCursor, StepsOverNoStartOfGeneratedPatterns) {
     }
 }
 
+TEST(StartCursor, FindsRunsThatReachFromBlockToBlock) {
+    Generator generate(3);
+    for (const char16_t* pattern : {u"[ab]+", u"[ab]++", u"[ab]{70,}", u"[^\\s]+"}) {
+        for (int round = 0; round < 60 && !HasFatalFailure(); ++round) {
+            std::u16string text;
+            while (generate.below(6) != 0) {
+                text.append(generate.below(3) * 32 + generate.below(40), u'a');
+                text.append(generate.below(3) * 64 + generate.below(3), u'-');
+                if (generate.below(8) == 0) text += u"\U0001F600";
+            }
+            if (generate.below(2) != 0) text.resize(text.size() / 64 * 64);
+            check(pattern, RE_NO_FLAGS, text);
+        }
+    }
+}
+
 TEST(StartCursor, PollsWhileItSeeks) {
     for (const char16_t* pattern : {u"xyz", u"x", u"x|y", u"xyz|yzx", u"[xy]+z", u"^x", u"a+x"}) {
         const Compiled compiled(pattern, RE_MULTI_LINE);
@@ -208,6 +224,18 @@ TEST(StartCursor, PollsWhileItSeeks) {
         EXPECT_GE(polls, text.size() / (32 * 1024)) << polls;
         EXPECT_LE(polls, text.size() / 1024);
     }
+}
+
+TEST(StartCursor, PollsWhileItFindsShortMatches) {
+    const Compiled compiled(u"[ab]+");
+    std::u16string text;
+    while (text.size() < 1'000'000) text += u"ab--";
+    size_t polls = 0;
+    StartCursor cursor(*compiled.starts, text.data(), text.size());
+    const SeekPoll poll{[](void* count) { ++*static_cast<size_t*>(count); }, &polls};
+    for (StartCursor::Match match{}; cursor.first_match(match.end, poll, match);) {
+    }
+    EXPECT_GE(polls, text.size() / (32 * 1024));
 }
 
 TEST(StartCursor, StaysUsableWhenAPollThrows) {

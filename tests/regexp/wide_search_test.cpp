@@ -133,6 +133,10 @@ TEST_P(WideSearch, FindsMembersOfSetsAsThePlainFormDoes) {
             ASSERT_EQ(find_outside_set(text.data(), from, end, set),
                       find_outside_set_plainly(text.data(), from, end, set))
                 << round << ' ' << from << ' ' << end;
+            const size_t stop = std::min(end, from + kMemberBits);
+            ASSERT_EQ(members_in(text.data(), from, stop, set),
+                      members_in_plainly(text.data(), from, stop, set))
+                << round << ' ' << from << ' ' << stop;
         });
     }
 }

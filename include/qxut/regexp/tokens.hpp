@@ -33,6 +33,10 @@ class QXUT_API RE_Token_Stack : public RE_Memory {
     // beyond the count is ignored, here and in set_end.
     void set_start(size_t token, const char16_t* name, size_t position) noexcept;
     void set_end(size_t token, size_t position) noexcept;
+    // Both in one, for a number that is not beyond the count; the name stays.
+    void set(size_t token, size_t start, size_t end) noexcept {
+        tokens_[token] = {tokens_[token].name, start, end, true};
+    }
 
     // Null for a number beyond the count.
     const RE_TokenInfo* get(size_t token) const noexcept;
