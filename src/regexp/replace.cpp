@@ -116,7 +116,7 @@ struct Replaced {
                                    const size_t start = extents[0];
                                    rest = extents[1];
                                    if (text.text() == nullptr) text.reserve(length);
-                                   text.append(original + from, start - from);
+                                   text.append_part(original + from, start - from, length - from);
                                    const size_t before = text.length();
                                    plan.build(original, length, extents, text);
                                    grown = grown - (rest - start) + (text.length() - before);

@@ -74,7 +74,7 @@ void ReplacePlan::build(const char16_t* text, size_t length, const size_t* exten
         const size_t start = extents[2 * token];
         const size_t end = extents[2 * token + 1];
         if (end == kUnset) return false;
-        result.append(text + start, end - start);
+        result.append_part(text + start, end - start, length - start);
         return true;
     };
     if (tokens_) show_tokens(extents);

@@ -57,6 +57,17 @@ class QXUT_API RE_Replace_Text : public RE_Memory {
         copy(text_ + length_, text, length);
         length_ += length;
     }
+    // The same where `readable` units, at least the length, may be read: a short piece is moved
+    // with what stands behind it, which tells lengths apart by no branch.
+    void append_part(const char16_t* text, size_t length, size_t readable) {
+        if (length > kAtOnce || readable < kAtOnce) {
+            append(text, length);
+            return;
+        }
+        reserve(kAtOnce);
+        std::memcpy(text_ + length_, text, kAtOnce * sizeof(char16_t));
+        length_ += length;
+    }
     void clear() noexcept { length_ = 0; }
     // Not NUL-terminated; null while nothing was appended.
     const char16_t* text() const noexcept { return text_; }
@@ -67,10 +78,11 @@ class QXUT_API RE_Replace_Text : public RE_Memory {
     char16_t* release(size_t capacity);
 
   private:
+    static constexpr size_t kAtOnce = 16;
     void grow(size_t more);
     // Pieces are short as a rule: two moves that overlap where they must.
     static void copy(char16_t* to, const char16_t* from, size_t length) {
-        if (length > 16) {
+        if (length > kAtOnce) {
             std::memcpy(to, from, length * sizeof(char16_t));
         } else if (length >= 8) {
             copy_ends<8>(to, from, length);
