@@ -96,16 +96,15 @@ void answer(RE_Evaluation_IO& io, const Value& value) {
 void Expressions::warn(const char16_t* position, const char* format, va_list arguments) {
     char text[256];
     describe_pattern_warning(text, sizeof text, format, arguments);
-    // A dynamic pattern's warnings point into a text that is not at hand.
-    const size_t place = static_cast<size_t>(position - pattern_.begin());
-    if (position < pattern_.begin() || place > pattern_.length())
-        return console::warn(Message::pattern_text, text);
+    const char16_t* const pattern = dynamic_ == nullptr ? pattern_.begin() : dynamic_;
+    const size_t length = dynamic_ == nullptr ? pattern_.length() : dynamic_length_;
+    const auto place = static_cast<size_t>(position - pattern);
     Array<char> line;
     const Guard free_line(line);
-    append_utf8(line, pattern_.begin(), pattern_.length());
+    append_utf8(line, pattern, length);
     Array<char> blanks;
     const Guard free_blanks(blanks);
-    blanks.resize(count_columns(pattern_.begin(), place) + 1);
+    blanks.resize(count_columns(pattern, place) + 1);
     std::memset(blanks.begin(), ' ', blanks.size());
     blanks.back() = '\0';
     console::warn(Message::pattern, text, static_cast<const char*>(line.begin()),

@@ -23,6 +23,10 @@ class Expressions : public RE_Context {
     // The pattern (or template) is what warnings point into. Both outlive the context.
     Expressions(Machine& machine, const WideText& pattern) : machine_(machine), pattern_(pattern) {}
     void warn(const char16_t* position, const char* format, va_list arguments) override;
+    void parse_dynamic(const char16_t* text, size_t length) override {
+        dynamic_ = text;
+        dynamic_length_ = length;
+    }
     bool allow_evaluation() const override { return true; }
     void* create_fcn(RE_Evaluation_Purpose purpose, const char16_t* expression, size_t length,
                      const RE_Evaluation_Inputs& inputs) override;
@@ -32,6 +36,8 @@ class Expressions : public RE_Context {
   private:
     Machine& machine_;
     const WideText& pattern_;
+    const char16_t* dynamic_ = nullptr;  // the dynamic pattern parsed last
+    size_t dynamic_length_ = 0;
 };
 
 }  // namespace console

@@ -89,7 +89,6 @@ constexpr Entry kEntries[] = {
     {"MISSING_CELLS", "%s: Empty cells in column \"%s\" were read as NaN (%zu).",
      "%1: 列 \"%2\" の空のセル (%3 個) を NaN として読み込みました。"},
     {"PATTERN", "%s\n  %s\n  %s^", "%1\n  %2\n  %3^"},
-    {"PATTERN_TEXT", "%s", "%1"},
     {"UNMATCHED_PARENTHESIS", "Unmatched '('.", "対応する ')' のない '(' があります。"},
     {"UNMATCHED_BRACKET", "Unmatched '['.", "対応する ']' のない '[' があります。"},
     {"UNMATCHED_BRACE", "Unmatched '{'.", "対応する '}' のない '{' があります。"},

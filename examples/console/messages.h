@@ -50,7 +50,6 @@ enum class Message : uint32_t {
     outside_domain,
     missing_cells,
     pattern,
-    pattern_text,
     unmatched_parenthesis,
     unmatched_bracket,
     unmatched_brace,

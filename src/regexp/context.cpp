@@ -10,6 +10,8 @@ RE_Context::~RE_Context() = default;
 void RE_Context::warn(const char16_t* /*position*/, const char* /*format*/, va_list /*arguments*/) {
 }
 
+void RE_Context::parse_dynamic(const char16_t* /*text*/, size_t /*length*/) {}
+
 bool RE_Context::allow_evaluation() const { return false; }
 
 void* RE_Context::create_fcn(RE_Evaluation_Purpose /*purpose*/, const char16_t* /*expression*/,

@@ -17,6 +17,7 @@ const Program& DynamicPrograms::program_of(const char16_t* text, size_t length, 
     options.context = context;
     options.capture = false;
     options.outer = {outer.names.data(), outer.names.size()};
+    if (context != nullptr) context->parse_dynamic(text, length);
     parse(text, length, options, made->pattern);
     made->program = lower(made->pattern, &outer);
     constexpr size_t kNodeBytes = 256;  // with its instruction and tables

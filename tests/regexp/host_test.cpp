@@ -211,6 +211,32 @@ TEST(Host, WarningsOfDynamicTextsComeOnceARun) {
     EXPECT_EQ(host.log.size(), 2u);
 }
 
+TEST(Host, WarningsOfDynamicTextsPointIntoThem) {
+    class Pointing : public Host {
+      public:
+        void parse_dynamic(const char16_t* text, size_t length) override {
+            log.push_back("parse " + ascii({text, length}));
+            text_ = text;
+        }
+        void warn(const char16_t* position, const char* format, va_list arguments) override {
+            Host::warn(position, format, arguments);
+            log.back() += " at " + std::to_string(position - text_);
+        }
+
+      private:
+        const char16_t* text_ = nullptr;
+    };
+    Pointing host;
+    host.answer = [](RE_Evaluation_IO& io) {
+        io.set_text(u"b{2,1}|(??c[d-])", 16);
+        return true;
+    };
+    EXPECT_EQ(found(tree_of(u"a(??@p)", host), u"acd"), "0-3");
+    EXPECT_EQ(host.log, (Texts{"parse b{2,1}|(??c[d-])",
+                               "warning Invalid pattern for '{}' quantifier specified. at 1",
+                               "parse c[d-]", "warning Unbound range. at 3"}));
+}
+
 TEST(Host, NestedDynamicPatternsHaveALimit) {
     Host host;
     host.answer = [](RE_Evaluation_IO& io) {

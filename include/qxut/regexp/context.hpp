@@ -118,6 +118,10 @@ class QXUT_API RE_Context : public RE_Memory {
     // compilation.
     virtual void warn(const char16_t* position, const char* format, va_list arguments);
 
+    // A dynamic pattern is about to be parsed, in the middle of a match: the positions of the
+    // warnings until the next one is, or until the match ends, point into this text.
+    virtual void parse_dynamic(const char16_t* text, size_t length);
+
     // Whether dynamic expressions may be evaluated; asked when a construct is parsed.
     virtual bool allow_evaluation() const;
 
