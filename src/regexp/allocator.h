@@ -34,6 +34,12 @@ struct Allocator {
 template <class T>
 using Vector = std::vector<T, Allocator<T>>;
 
+// Room for the first elements, instead of one by one.
+template <class T>
+void reserve_first(Vector<T>& vector, size_t count) {
+    if (vector.capacity() == 0) vector.reserve(count);
+}
+
 }  // namespace qxut::regexp
 
 #endif

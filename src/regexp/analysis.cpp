@@ -57,7 +57,7 @@ void complete(Landmark& landmark) {
 class Chooser {
   public:
     Chooser(const Program& program, StartSearch& starts)
-        : program_(program), starts_(starts), distances_(distances(program)) {}
+        : program_(program), starts_(starts), distances_(distances(program, arena_)) {}
 
     void run() {
         starts_.min_length = shortest_match();
@@ -67,7 +67,7 @@ class Chooser {
         }
         read_anchors();
         if (starts_.min_length != 0) {
-            if (first_set(program_, starts_.first)) {
+            if (first_set(program_, starts_.first, arena_)) {
                 starts_.has_first = true;
                 if (starts_.first.is_empty()) {
                     starts_.way = StartSearch::Way::nowhere;
@@ -76,7 +76,7 @@ class Chooser {
                 starts_.first_units = units_of(starts_.first);
             }
             read_run();
-            landmarks_ = find_landmarks(program_, distances_);
+            landmarks_ = find_landmarks(program_, distances_, arena_);
             for (FoundLandmark& found : landmarks_) {
                 Landmark& landmark = found.landmark;
                 if (starts_.begins_line && landmark.is_at_start() && !landmark.is_set &&
@@ -104,8 +104,9 @@ class Chooser {
 
     const Program& program_;
     StartSearch& starts_;
-    Vector<Distance> distances_;
-    Vector<FoundLandmark> landmarks_;
+    Arena arena_;
+    Working<Distance> distances_;
+    Working<FoundLandmark> landmarks_{arena_};
     float least_ = 1;
     size_t taken_ = SIZE_MAX;
 };
@@ -271,30 +272,42 @@ bool leads_on(const Instruction& in) {
 }
 bool is_choice(const Instruction& in) { return in.op == Op::choice || in.op == Op::split; }
 
+// A literal that a way from the beginning begins with: a run of the units collected.
+struct FoundWord {
+    uint32_t begin;
+    uint32_t length;
+};
+
 // The literals that the ways from the beginning begin with; false when there are too many, or one
 // begins with something else, or there is one way only.
-bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) {
+bool collect_words(const Program& program, Working<UnitVariants>& units,
+                   Working<FoundWord>& words) {
     uint32_t begin = program.first;
     while (leads_on(program.code[begin])) begin = program.code[begin].next;
     if (!is_choice(program.code[begin])) return false;
-    Vector<uint32_t> ahead;
+    constexpr size_t kUsualWords = 8;
+    Working<uint32_t> ahead(units.get_allocator());
+    ahead.reserve(kUsualWords);
+    words.reserve(kUsualWords);
+    units.reserve(kUsualWords * kLongestWord);
     ahead.push_back(begin);
     size_t steps = 0;
     while (!ahead.empty()) {
         uint32_t pc = ahead.back();
         ahead.pop_back();
-        Vector<UnitVariants> word;
+        const size_t word = units.size();
         for (;;) {
             if (++steps > 8 * kMostWords) return false;
             const Instruction& in = program.code[pc];
             bool ends = false;
-            if (word.size() < kLongestWord &&
-                append_literal(program, in, kLongestWord - word.size(), word, ends)) {
+            const size_t length = units.size() - word;
+            if (length < kLongestWord &&
+                append_literal(program, in, kLongestWord - length, units, ends)) {
                 if (ends || in.next == kNoWay) break;
                 pc = in.next;
                 continue;
             }
-            if (word.empty() && is_choice(in)) {
+            if (length == 0 && is_choice(in)) {
                 const Choice* const choice =
                     in.op == Op::choice ? &program.choices[in.arg] : nullptr;
                 const uint32_t count = choice != nullptr ? choice->way_count : 2;
@@ -308,12 +321,15 @@ bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) 
                 break;
             }
             if (!leads_on(in)) {
-                if (word.empty()) return false;
+                if (length == 0) return false;
                 break;
             }
             pc = in.next;
         }
-        if (!word.empty()) words.push_back(std::move(word));
+        if (units.size() != word) {
+            words.push_back(
+                {static_cast<uint32_t>(word), static_cast<uint32_t>(units.size() - word)});
+        }
     }
     return !words.empty();
 }
@@ -322,38 +338,44 @@ bool collect_words(const Program& program, Vector<Vector<UnitVariants>>& words) 
 
 void Chooser::read_words() {
     if (starts_.min_length == 0) return;
-    Vector<Vector<UnitVariants>> words;
-    if (!collect_words(program_, words) || words.size() < 2) return;
+    Working<UnitVariants> units(arena_);
+    Working<FoundWord> words(arena_);
+    if (!collect_words(program_, units, words) || words.size() < 2) return;
     WordSearch& search = starts_.words;
     search.shortest = SIZE_MAX;
-    for (const auto& word : words) search.shortest = std::min(search.shortest, word.size());
+    for (const FoundWord& word : words)
+        search.shortest = std::min<size_t>(search.shortest, word.length);
     search.width = std::min(search.shortest, WordSearch::kWidest);
     float places = 0;
-    for (const auto& word : words) {
+    for (const FoundWord& word : words) {
         float stops = 1;
-        for (size_t i = 0; i < std::min<size_t>(word.size(), 4); ++i) stops *= frequency(word[i]);
+        for (uint32_t i = 0; i < std::min(word.length, 4U); ++i)
+            stops *= frequency(units[word.begin + i]);
         places += stops;
     }
     if (places >= least_) return;
 
     // Words alike in their first units share a bucket: its fingerprint stays narrow.
-    std::sort(words.begin(), words.end(), [](const auto& a, const auto& b) {
+    std::sort(words.begin(), words.end(), [&](const FoundWord& a, const FoundWord& b) {
+        const UnitVariants* const first = units.data() + a.begin;
+        const UnitVariants* const second = units.data() + b.begin;
         return std::lexicographical_compare(
-            a.begin(), a.end(), b.begin(), b.end(),
+            first, first + a.length, second, second + b.length,
             [](const UnitVariants& u, const UnitVariants& v) { return u.units[0] < v.units[0]; });
     });
-    for (const auto& word : words)
-        starts_.word_units.insert(starts_.word_units.end(), word.begin(), word.end());
+    starts_.word_units.assign(units.begin(), units.end());
     starts_.word_list.reserve(words.size());
-    const UnitVariants* units = starts_.word_units.data();
     for (size_t i = 0; i < words.size(); ++i) {
-        starts_.word_list.push_back({units, words[i].size()});
-        units += words[i].size();
+        const UnitVariants* const word = starts_.word_units.data() + words[i].begin;
+        starts_.word_list.push_back({word, words[i].length});
         const size_t bucket = i * WordSearch::kBuckets / words.size();
         for (size_t b = bucket; b < WordSearch::kBuckets; ++b) search.bucket_end[b] = i + 1;
+        const auto bit = static_cast<uint8_t>(1U << bucket);
         for (size_t at = 0; at < search.width; ++at) {
-            for (const char16_t unit : words[i][at].units) {
-                const auto bit = static_cast<uint8_t>(1U << bucket);
+            const char16_t(&units_here)[4] = word[at].units;
+            for (size_t v = 0; v < 4; ++v) {
+                const char16_t unit = units_here[v];
+                if (v != 0 && unit == units_here[v - 1]) continue;  // repeated to fill
                 search.low_half[at][unit & 15] |= bit;
                 search.high_half[at][unit >> 4 & 15] |= bit;
             }

@@ -110,7 +110,7 @@ void Assembly::finish(const Fragment& whole) {
     while (made < whole.last && after_[made] == made + 1) ++made;
     if (whole.first == 0 && made == whole.last && whole.size == pattern_.nodes.size()) return;
     Vector<std::unique_ptr<RE_Node>> ordered;
-    ordered.reserve(whole.size);
+    ordered.reserve(whole.size + size_t{1});  // for a seeker
     for (NodeId id = whole.first; id != kNone; id = id == whole.last ? kNone : after_[id]) {
         ordered.push_back(std::move(pattern_.nodes[id]));
         ordered.back()->index = static_cast<uint32_t>(ordered.size() - 1);

@@ -12,6 +12,7 @@
 #include <memory>
 #include <utility>
 
+#include "regexp/arena.h"
 #include "regexp/failure.h"
 #include "regexp/pattern.h"
 #include "regexp/quantifier.h"
@@ -45,7 +46,8 @@ struct Fragment {
 class Assembly {
   public:
     // Owns its nodes in `pattern`, in the order of their making until finish.
-    explicit Assembly(Pattern& pattern) noexcept : pattern_(pattern) {}
+    Assembly(Pattern& pattern, Arena& arena) noexcept
+        : pattern_(pattern), after_(arena), loose_(arena), scratch_(arena), places_(arena) {}
 
     // A new node of class T, as a fragment without loose ends. All members below throw
     // std::bad_alloc, and UserException for a graph that grows too large.
@@ -101,10 +103,10 @@ class Assembly {
     Fragment looped(Fragment body, const Quantifier& quantifier, bool repeats);
 
     Pattern& pattern_;
-    Vector<NodeId> after_;  // by node: the next one in its list
-    Vector<Loose> loose_;
-    Vector<NodeId> scratch_;   // by place in a run: the copies
-    Vector<uint32_t> places_;  // by node: its place in the run that is copied
+    Working<NodeId> after_;  // by node: the next one in its list
+    Working<Loose> loose_;
+    Working<NodeId> scratch_;   // by place in a run: the copies
+    Working<uint32_t> places_;  // by node: its place in the run that is copied
     uint32_t copies_ = 0;
 };
 

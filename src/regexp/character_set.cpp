@@ -239,6 +239,7 @@ void CharacterSetBuilder::add_plain(char32_t first, char32_t last) {
         if (!ranges.empty() && ranges.back().last + 1 == range.first) {
             ranges.back().last = range.last;
         } else {
+            reserve_first(ranges, 8);
             ranges.push_back(range);
         }
     }

@@ -11,7 +11,8 @@
 namespace qxut::regexp {
 
 // A pattern without bars is asked for none, and most have no set: their tables are not made.
-Closers::Closers(const Source& source) noexcept : source_(source) {
+Closers::Closers(const Source& source, Arena& arena) noexcept
+    : source_(source), levels_{Working<Ahead>(arena), Working<Ahead>(arena)}, brackets_(arena) {
     const std::u16string_view text(source.text, source.length);
     has_bars_ = text.find(u'|') != text.npos;
     has_brackets_ = text.find(u'[') != text.npos;
@@ -39,11 +40,11 @@ void Closers::read_brackets() {
     }
 }
 
-const Vector<Closers::Ahead>& Closers::read_level(bool free_spacing) {
-    Vector<Ahead>& ahead = levels_[free_spacing ? 1 : 0];
+const Working<Closers::Ahead>& Closers::read_level(bool free_spacing) {
+    Working<Ahead>& ahead = levels_[free_spacing ? 1 : 0];
     if (!ahead.empty()) return ahead;
     if (has_brackets_ && brackets_.empty()) read_brackets();
-    const Vector<Ahead>* plain = free_spacing ? &read_level(false) : nullptr;
+    const Working<Ahead>* plain = free_spacing ? &read_level(false) : nullptr;
     const size_t length = source_.length;
     const auto end = static_cast<uint32_t>(length);
     ahead.resize(length + 1);
@@ -96,7 +97,7 @@ size_t Closers::bracket(size_t opener) {
 
 size_t Closers::bar(size_t position, size_t end, bool free_spacing) {
     if (!has_bars_) return end;
-    const Vector<Ahead>& ahead = read_level(free_spacing);
+    const Working<Ahead>& ahead = read_level(free_spacing);
     while (position < end) {
         position = ahead[position].stop;
         if (position >= end) break;

@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "regexp/allocator.h"
+#include "regexp/arena.h"
 #include "regexp/source.h"
 
 namespace qxut::regexp {
@@ -24,8 +24,8 @@ class Closers {
     // The longest pattern whose positions it holds.
     static constexpr size_t kMostUnits = UINT32_MAX - 8;
 
-    // `source` must outlive it and have at most kMostUnits.
-    explicit Closers(const Source& source) noexcept;
+    // Both must outlive it; `source` has at most kMostUnits.
+    Closers(const Source& source, Arena& arena) noexcept;
 
     // The ')' that closes the '(' at `opener`, the ']' that closes the '['; the source's length or
     // more where there is none. A (?#...) is read without free spacing. Throws std::bad_alloc.
@@ -43,13 +43,13 @@ class Closers {
     };
     bool is_comment(size_t opener) const noexcept;
     void read_brackets();
-    const Vector<Ahead>& read_level(bool free_spacing);
+    const Working<Ahead>& read_level(bool free_spacing);
 
     const Source& source_;
     bool has_bars_;
     bool has_brackets_;
-    Vector<Ahead> levels_[2];  // without and with free spacing; empty until it is asked for
-    Vector<uint32_t> brackets_;
+    Working<Ahead> levels_[2];  // without and with free spacing; empty until it is asked for
+    Working<uint32_t> brackets_;
 };
 
 }  // namespace qxut::regexp

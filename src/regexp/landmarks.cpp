@@ -53,11 +53,11 @@ Instruction repeated(const Loop& loop) {
     return in;
 }
 
-void append_unit(Vector<UnitVariants>& units, char16_t unit) {
+void append_unit(Working<UnitVariants>& units, char16_t unit) {
     units.push_back({{unit, unit, unit, unit}});
 }
 
-void append_character(Vector<UnitVariants>& units, char32_t c) {
+void append_character(Working<UnitVariants>& units, char32_t c) {
     constexpr char32_t kSupplementary = 0x10000;
     if (c < kSupplementary) {
         append_unit(units, static_cast<char16_t>(c));
@@ -68,7 +68,7 @@ void append_character(Vector<UnitVariants>& units, char32_t c) {
 }
 
 // A few characters of one unit each.
-bool append_members(Vector<UnitVariants>& units, const char32_t* members, size_t count) {
+bool append_members(Working<UnitVariants>& units, const char32_t* members, size_t count) {
     if (count == 0 || count > 4 || members[count - 1] > 0xFFFF) return false;
     UnitVariants variants{};
     for (size_t i = 0; i < 4; ++i)
@@ -77,7 +77,7 @@ bool append_members(Vector<UnitVariants>& units, const char32_t* members, size_t
     return true;
 }
 
-bool append_single(const Program& program, const Instruction& in, Vector<UnitVariants>& units) {
+bool append_single(const Program& program, const Instruction& in, Working<UnitVariants>& units) {
     switch (in.op) {
         case Op::character:
         case Op::back_character:
@@ -99,7 +99,7 @@ bool append_single(const Program& program, const Instruction& in, Vector<UnitVar
 }
 
 // The literal that the body of a look-behind is; false when it is anything else.
-bool look_behind_literal(const Program& program, uint32_t at, Vector<UnitVariants>& units) {
+bool look_behind_literal(const Program& program, uint32_t at, Working<UnitVariants>& units) {
     const bool is_read_backwards = program.regions[program.code[at].arg].is_read_backwards;
     for (uint32_t pc = at + 1; pc < program.code.size(); ++pc) {
         const Instruction& in = program.code[pc];
@@ -119,12 +119,13 @@ bool look_behind_literal(const Program& program, uint32_t at, Vector<UnitVariant
 
 class LandmarkWalk {
   public:
-    LandmarkWalk(const Program& program, const Vector<Distance>& distances)
-        : program_(program), distances_(distances) {}
+    LandmarkWalk(const Program& program, const Working<Distance>& distances, Arena& arena)
+        : program_(program), distances_(distances), found_(arena), literal_(arena) {}
 
-    Vector<FoundLandmark> run() {
+    Working<FoundLandmark> run() {
         constexpr size_t kUsual = 4;
         found_.reserve(kUsual);
+        literal_.reserve(kLongestLiteral);
         uint32_t furthest = 0;
         for (uint32_t pc = 0; pc < program_.code.size(); ++pc) {
             if (distances_[pc].min == Distance::kUnreached) continue;
@@ -173,17 +174,17 @@ class LandmarkWalk {
     void visit_look_around(uint32_t pc) {
         const Instruction& in = program_.code[pc];
         if (found_.size() + 1 >= kMostLandmarks) return;
-        Vector<UnitVariants> units;
+        Working<UnitVariants> units(found_.get_allocator());
         if (in.op == Op::look_behind) {
             if (!look_behind_literal(program_, pc, units)) return;
             FoundLandmark& made = add(pc);
             made.landmark.behind = static_cast<uint32_t>(units.size());
-            made.landmark.units = std::move(units);
+            made.landmark.units.assign(units.begin(), units.end());
         } else if (in.op == Op::look_ahead && pc + 1 < program_.code.size()) {
             bool ends = false;
             const Instruction& body = program_.code[pc + 1];
             if (append_literal(program_, body, kLongestLiteral, units, ends)) {
-                add(pc).landmark.units = std::move(units);
+                add(pc).landmark.units.assign(units.begin(), units.end());
             } else {
                 visit_set(pc, body, pc);
             }
@@ -192,7 +193,7 @@ class LandmarkWalk {
 
     void finish_literal() {
         if (literal_.empty()) return;
-        add(literal_at_).landmark.units = std::move(literal_);
+        add(literal_at_).landmark.units.assign(literal_.begin(), literal_.end());
         literal_.clear();
     }
 
@@ -207,16 +208,16 @@ class LandmarkWalk {
     }
 
     const Program& program_;
-    const Vector<Distance>& distances_;
-    Vector<FoundLandmark> found_;
-    Vector<UnitVariants> literal_;
+    const Working<Distance>& distances_;
+    Working<FoundLandmark> found_;
+    Working<UnitVariants> literal_;
     uint32_t literal_at_ = 0;
 };
 
 }  // namespace
 
 bool append_literal(const Program& program, const Instruction& in, size_t limit,
-                    Vector<UnitVariants>& units, bool& ends) {
+                    Working<UnitVariants>& units, bool& ends) {
     ends = false;
     if (in.op == Op::string || in.op == Op::folded_string) {
         const bool is_folded = in.op == Op::folded_string;
@@ -310,9 +311,9 @@ bool add_consumed(const Program& program, const Instruction& in, size_t literal_
 
 }  // namespace
 
-Vector<Distance> distances(const Program& program) {
+Working<Distance> distances(const Program& program, Arena& arena) {
     const Vector<Instruction>& code = program.code;
-    Vector<bool> is_head;  // empty without loops
+    Working<bool> is_head(arena);  // empty without loops
     for (uint32_t pc = 0; pc < code.size(); ++pc) {
         for_each_edge(program, code[pc], [&](uint32_t target) {
             if (target > pc) return;
@@ -324,7 +325,7 @@ Vector<Distance> distances(const Program& program) {
         const Counter* const counter = in.op == Op::counter ? &p.counters[in.arg] : nullptr;
         return counter != nullptr && counter->kind == Counter::Kind::fixed ? counter : nullptr;
     };
-    Vector<Distance> result(code.size());
+    Working<Distance> result(code.size(), arena);
     if (program.first != kNoWay) result[program.first] = {0, 0};
     for (uint32_t pc = 0; pc < code.size(); ++pc) {
         Distance& here = result[pc];
@@ -367,11 +368,12 @@ Vector<Distance> distances(const Program& program) {
     return result;
 }
 
-Vector<FoundLandmark> find_landmarks(const Program& program, const Vector<Distance>& distances) {
-    return LandmarkWalk(program, distances).run();
+Working<FoundLandmark> find_landmarks(const Program& program, const Working<Distance>& distances,
+                                      Arena& arena) {
+    return LandmarkWalk(program, distances, arena).run();
 }
 
-bool consumed_before(const Program& program, const Vector<Distance>& distances, uint32_t end,
+bool consumed_before(const Program& program, const Working<Distance>& distances, uint32_t end,
                      CharacterSet& set) {
     CharacterSetBuilder builder;
     for (uint32_t pc = 0; pc < end; ++pc) {
@@ -383,7 +385,7 @@ bool consumed_before(const Program& program, const Vector<Distance>& distances, 
     return true;
 }
 
-bool first_set(const Program& program, CharacterSet& set) {
+bool first_set(const Program& program, CharacterSet& set, Arena& arena) {
     if (program.first == kNoWay) return false;
     CharacterSetBuilder builder;
     // Up to where the ways part nothing needs to be kept.
@@ -395,8 +397,9 @@ bool first_set(const Program& program, CharacterSet& set) {
         set = builder.finish(false);
         return true;
     }
-    Vector<bool> is_seen(program.code.size(), false);
-    Vector<uint32_t> ahead;
+    Working<bool> is_seen(program.code.size(), false, arena);
+    Working<uint32_t> ahead(arena);
+    ahead.reserve(16);
     const auto reach = [&](uint32_t pc) {
         if (is_seen[pc]) return;
         is_seen[pc] = true;

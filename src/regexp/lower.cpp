@@ -51,23 +51,24 @@ void lower_to_code(Lowering& lowering, const Vector<bool>& turned) {
 
 Program lower(const Pattern& pattern, const Program* outer) {
     const auto& names = outer != nullptr ? outer->names : pattern.names;
-    std::optional<Lowering> lowering(std::in_place, pattern);
-    lowering->program.names = names;
+    Program program;
+    std::optional<Lowering> lowering(std::in_place, pattern, program);
+    program.names = names;
     lower_to_code(*lowering, {});
-    const Vector<bool> turned = turned_regions(lowering->program);
+    const Vector<bool> turned = turned_regions(program);
     if (!turned.empty()) {
         // Regions get the same numbers again.
-        lowering.emplace(pattern);
-        lowering->program.names = names;
+        program = Program();
+        lowering.emplace(pattern, program);
+        program.names = names;
         lower_to_code(*lowering, turned);
     }
-    Program& program = lowering->program;
     program.token_count = static_cast<uint32_t>(pattern.token_count);
     program.records_failures = !pattern.has_back_references && !pattern.has_dynamic_parts;
     find_tested_tokens(program);
-    lower_choices(program);
+    lower_choices(program, lowering->arena);
     lower_scans(program, outer == nullptr);
-    return std::move(program);
+    return program;
 }
 
 }  // namespace qxut::regexp

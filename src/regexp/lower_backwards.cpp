@@ -27,7 +27,7 @@ struct Incoming {
 
 class BackwardBody {
   public:
-    BackwardBody(Lowering& lowering, const Vector<uint32_t>& place)
+    BackwardBody(Lowering& lowering, const Working<uint32_t>& place)
         : lowering_(lowering), steps_(lowering.steps), place_(place) {}
 
     void turn(uint32_t look);
@@ -47,10 +47,10 @@ class BackwardBody {
     }
 
     Lowering& lowering_;
-    Vector<Step>& steps_;
-    const Vector<uint32_t>& place_;  // in pattern order, of the steps before any is turned
-    uint32_t end_ = kNoWay;          // where the body ended
-    uint32_t turned_end_ = kNoWay;   // and where it does so now
+    Working<Step>& steps_;
+    const Working<uint32_t>& place_;  // in pattern order, of the steps before any is turned
+    uint32_t end_ = kNoWay;           // where the body ended
+    uint32_t turned_end_ = kNoWay;    // and where it does so now
     Vector<uint32_t> body_;
     Vector<Incoming> incoming_;  // by what they lead to
     std::map<uint32_t, uint32_t, std::less<>, Allocator<std::pair<const uint32_t, uint32_t>>> into_;
@@ -207,7 +207,7 @@ Step BackwardBody::character_of(const FoldedUnit& unit) {
         step.repeat.other = unit.units[1];
         return step;
     }
-    SetItems items;
+    SetItems items(lowering_.arena);
     for (const char16_t member : unit.units) items.push_back(range_item(member, member, false));
     step.op = Op::back_set;
     step.arg = lowering_.set_of(items);
@@ -298,8 +298,8 @@ void BackwardBody::turn(uint32_t look) {
 }  // namespace
 
 void lower_backwards(Lowering& lowering, const Vector<bool>& regions) {
-    const Vector<uint32_t> order = order_steps(lowering);
-    Vector<uint32_t> place(lowering.steps.size(), kNoWay);
+    const Working<uint32_t> order = order_steps(lowering);
+    Working<uint32_t> place(lowering.steps.size(), kNoWay, lowering.arena);
     for (size_t i = 0; i < order.size(); ++i) place[order[i]] = static_cast<uint32_t>(i);
     BackwardBody body(lowering, place);
     // Inner ones first: what is around them takes them over.

@@ -84,7 +84,8 @@ constexpr uint64_t kNewline = uint64_t{1} << U'\n';
 
 class ChoiceLowering {
   public:
-    explicit ChoiceLowering(Program& program) : program_(program), first_(program.code.size()) {}
+    ChoiceLowering(Program& program, Arena& arena)
+        : program_(program), arena_(arena), first_(program.code.size(), arena) {}
 
     void run() {
         find_firsts();
@@ -97,6 +98,8 @@ class ChoiceLowering {
     }
 
   private:
+    bool leads_back(size_t pc) const;
+    bool has_links_back() const;
     void find_firsts();
     First first_of(uint32_t pc) const;
     void add_single(First& first, Op what, uint32_t arg, uint32_t other, uint32_t pc) const;
@@ -110,11 +113,12 @@ class ChoiceLowering {
     void fill(Choice& choice);
     bool fill_masked(Choice& choice);
     bool fill_long(Choice& choice);
-    bool add_row(const Choice& choice, const Vector<uint32_t>& row, uint16_t& offset);
+    bool add_row(const Choice& choice, const Working<uint32_t>& row, uint16_t& offset);
     bool passes(uint32_t way, uint32_t row) const;
 
     Program& program_;
-    Vector<First> first_;
+    Arena& arena_;
+    Working<First> first_;
     CharacterSet word_ = CharacterSet::of_class('w');
 };
 
@@ -221,8 +225,26 @@ First ChoiceLowering::first_of(uint32_t pc) const {
     }
 }
 
+bool ChoiceLowering::leads_back(size_t pc) const {
+    const Instruction& in = program_.code[pc];
+    if (in.next <= pc || (has_alt(in.op) && in.alt <= pc)) return true;
+    if (in.op != Op::choice) return false;
+    const Choice& choice = program_.choices[in.arg];
+    const uint32_t* const ways = program_.targets.data() + choice.ways;
+    return std::any_of(ways, ways + choice.way_count, [&](uint32_t way) { return way <= pc; });
+}
+
+bool ChoiceLowering::has_links_back() const {
+    for (size_t pc = 0; pc < program_.code.size(); ++pc) {
+        if (leads_back(pc)) return true;
+    }
+    return false;
+}
+
 void ChoiceLowering::find_firsts() {
-    for (size_t pass = 0; pass < kMostPasses; ++pass) {
+    // Without links back one pass says it all.
+    const size_t passes = has_links_back() ? kMostPasses : 1;
+    for (size_t pass = 0; pass < passes; ++pass) {
         bool has_changed = false;
         for (size_t pc = program_.code.size(); pc-- != 0;) {
             const First first = first_of(static_cast<uint32_t>(pc));
@@ -232,16 +254,11 @@ void ChoiceLowering::find_firsts() {
         }
         if (!has_changed) return;
     }
+    if (passes == 1) return;
     // Not settled: what links back lead to counts as anything.
     for (size_t pc = program_.code.size(); pc-- != 0;) {
         const Instruction& in = program_.code[pc];
-        const auto leads_back = [&](uint32_t way) { return way <= pc; };
-        bool is_back = leads_back(in.next) || (has_alt(in.op) && leads_back(in.alt));
-        if (in.op == Op::choice) {
-            const Choice& choice = program_.choices[in.arg];
-            for (uint32_t i = 0; i < choice.way_count; ++i)
-                is_back = is_back || leads_back(program_.targets[choice.ways + i]);
-        }
+        const bool is_back = leads_back(pc);
         const bool consumes = is_single(in.op) || in.op == Op::string || in.op == Op::folded_string;
         first_[pc] = is_back && !consumes ? anything() : first_of(static_cast<uint32_t>(pc));
     }
@@ -367,7 +384,7 @@ void ChoiceLowering::fill(Choice& choice) {
 }
 
 // Puts a row behind the others; false where there is no place any more.
-bool ChoiceLowering::add_row(const Choice& choice, const Vector<uint32_t>& row, uint16_t& offset) {
+bool ChoiceLowering::add_row(const Choice& choice, const Working<uint32_t>& row, uint16_t& offset) {
     const size_t length = program_.targets.size() - choice.first;
     if (length > UINT16_MAX) return false;
     offset = static_cast<uint16_t>(length);
@@ -396,8 +413,8 @@ bool ChoiceLowering::fill_masked(Choice& choice) {
         uint64_t mask;
         uint16_t offset;
     };
-    Vector<Known> known;
-    Vector<uint32_t> row;
+    Working<Known> known(arena_);
+    Working<uint32_t> row(arena_);
     // Most units begin no way: theirs is the empty row, which comes first.
     uint16_t offset = 0;
     if (!add_row(choice, row, offset)) return false;
@@ -432,10 +449,8 @@ bool ChoiceLowering::fill_masked(Choice& choice) {
 }
 
 bool ChoiceLowering::fill_long(Choice& choice) {
-    std::map<Vector<uint32_t>, uint16_t, std::less<>,
-             Allocator<std::pair<const Vector<uint32_t>, uint16_t>>>
-        known;
-    Vector<uint32_t> row;
+    WorkingMap<Working<uint32_t>, uint16_t> known(arena_);
+    Working<uint32_t> row(arena_);
     for (uint32_t i = 0; i < kRows; ++i) {
         row.clear();
         for (uint32_t k = 0; k < choice.way_count; ++k) {
@@ -476,8 +491,8 @@ void ChoiceLowering::choose(Instruction& in) {
 
 }  // namespace
 
-void lower_choices(Program& program) {
-    if (program.code.size() <= kMostAnalysed) ChoiceLowering(program).run();
+void lower_choices(Program& program, Arena& arena) {
+    if (program.code.size() <= kMostAnalysed) ChoiceLowering(program, arena).run();
 }
 
 }  // namespace qxut::regexp

@@ -73,12 +73,14 @@ class Layout {
     void emit();
 
     Lowering& lowering_;
-    Vector<Step>& steps_;
+    Working<Step>& steps_;
     Program& program_;
-    Vector<uint32_t> order_;
-    Vector<bool> is_nullable_;      // of repetitions: an iteration may match nothing
-    Vector<uint32_t> visited_for_;  // the repetition for which a step was last looked at
-    Vector<uint32_t> walk_;
+    Working<uint32_t> order_{lowering_.arena};
+    // Of repetitions: an iteration may match nothing.
+    Working<bool> is_nullable_{lowering_.arena};
+    // The repetition for which a step was last looked at.
+    Working<uint32_t> visited_for_{lowering_.arena};
+    Working<uint32_t> walk_{lowering_.arena};
 };
 
 // Whether the repetition is reached from its body without a character; inner ones are known.
@@ -127,9 +129,9 @@ void Layout::find_empty_iterations() {
 
 void Layout::watch_iterations() {
     if (std::find(is_nullable_.begin(), is_nullable_.end(), true) == is_nullable_.end()) return;
-    Vector<uint32_t> place(steps_.size(), kNoWay);
+    Working<uint32_t> place(steps_.size(), kNoWay, lowering_.arena);
     for (size_t i = 0; i < order_.size(); ++i) place[order_[i]] = static_cast<uint32_t>(i);
-    Vector<uint32_t> end_of(steps_.size(), kNoWay);
+    Working<uint32_t> end_of(steps_.size(), kNoWay, lowering_.arena);
     for (const uint32_t number : order_) {
         if (!is_repetition(steps_[number]) || !is_nullable_[number]) continue;
         const uint32_t reg = program_.register_count++;
@@ -179,6 +181,7 @@ void Layout::watch_iterations() {
 
 // Parents are made before what they enclose.
 void Layout::number_scopes() {
+    program_.scopes.reserve(lowering_.scopes.size());
     for (LoweredScope& scope : lowering_.scopes) {
         const uint32_t parent =
             scope.parent == kNoWay ? kNoWay : lowering_.scopes[scope.parent].number;
@@ -194,12 +197,15 @@ void Layout::number_scopes() {
 }
 
 void Layout::emit() {
-    Vector<uint32_t> place(steps_.size(), kNoWay);
+    Working<uint32_t> place(steps_.size(), kNoWay, lowering_.arena);
     for (size_t i = 0; i < order_.size(); ++i) place[order_[i]] = static_cast<uint32_t>(i);
     const auto placed = [&](uint32_t step) { return step == kNoWay ? kNoWay : place[step]; };
     bool needs_failure = false;
     program_.code.reserve(order_.size() + 1);
     program_.scope_of.reserve(order_.size());
+    // A choice's ways and the first of its rows.
+    constexpr size_t kUsualRows = 3;
+    if (!lowering_.ways.empty()) program_.targets.reserve((kUsualRows + 1) * lowering_.ways.size());
     for (const uint32_t number : order_) {
         const Step& step = steps_[number];
         Instruction made{step.op, placed(step.next), placed(step.alt), step.arg};
@@ -212,11 +218,12 @@ void Layout::emit() {
             case Op::loop_lazy:
             case Op::loop_possessive:
                 made.arg = static_cast<uint32_t>(program_.loops.size());
+                reserve_first(program_.loops, 2);
                 program_.loops.push_back(step.repeat);
                 program_.loops.back().written = step.op;
                 break;
             case Op::choice: {
-                Choice choice;
+                Choice& choice = program_.choices.emplace_back();
                 choice.ways = static_cast<uint32_t>(program_.targets.size());
                 choice.first = choice.ways;
                 for (uint32_t i = 0; i < step.way_count; ++i) {
@@ -225,8 +232,7 @@ void Layout::emit() {
                 }
                 choice.way_count = static_cast<uint32_t>(program_.targets.size()) - choice.ways;
                 program_.targets.push_back(kNoWay);
-                made.arg = static_cast<uint32_t>(program_.choices.size());
-                program_.choices.push_back(choice);
+                made.arg = static_cast<uint32_t>(program_.choices.size() - 1);
                 break;
             }
             case Op::counter:
@@ -259,15 +265,15 @@ void Layout::emit() {
 
 }  // namespace
 
-Vector<uint32_t> order_steps(const Lowering& lowering) {
+Working<uint32_t> order_steps(Lowering& lowering) {
     struct Frame {
         uint32_t step;
         uint32_t taken;
     };
-    Vector<uint32_t> order;
-    Vector<bool> is_seen(lowering.steps.size(), false);
+    Working<uint32_t> order(lowering.arena);
+    Working<bool> is_seen(lowering.steps.size(), false, lowering.arena);
     order.reserve(lowering.steps.size());
-    Vector<Frame> walk;
+    Working<Frame> walk(lowering.arena);
     walk.reserve(16);
     const auto enter = [&](uint32_t step) {
         is_seen[step] = true;

@@ -18,7 +18,7 @@ class LoopLowering {
     explicit LoopLowering(Lowering& lowering) : lowering_(lowering), steps_(lowering.steps) {}
 
     void run() {
-        const Vector<uint32_t> order = order_steps(lowering_);
+        const Working<uint32_t> order = order_steps(lowering_);
         for (size_t i = order.size(); i-- != 0;) visit(order[i]);
         gather_choices(order);
         lowering_.first = lowering_.behind_nothing(lowering_.first);
@@ -44,10 +44,10 @@ class LoopLowering {
     void lower_atomic(Step& step);
     void join(Step& step);
     bool items(const Step& step, SetItems& list) const;
-    void gather_choices(const Vector<uint32_t>& order);
+    void gather_choices(const Working<uint32_t>& order);
 
     Lowering& lowering_;
-    Vector<Step>& steps_;
+    Working<Step>& steps_;
 };
 
 void LoopLowering::make_loop(Step& step, const Step& body, uint32_t min, uint32_t max, bool is_lazy,
@@ -117,7 +117,7 @@ void LoopLowering::lower_choice(uint32_t number) {
     if (!is_single_at(step.next) || !is_single_at(step.alt)) return;
     const uint32_t target = lowering_.behind_nothing(steps_[step.next].next);
     if (target != lowering_.behind_nothing(steps_[step.alt].next)) return;
-    SetItems united;
+    SetItems united(lowering_.arena);
     if (!items(steps_[step.next], united) || !items(steps_[step.alt], united)) return;
     if (united.size() > kMostItems) return;
     Step made;
@@ -180,12 +180,12 @@ void LoopLowering::join(Step& step) {
 }
 
 // A chain of splits, each reached over the second way of the one before alone, is one choice.
-void LoopLowering::gather_choices(const Vector<uint32_t>& order) {
+void LoopLowering::gather_choices(const Working<uint32_t>& order) {
     const auto is_split = [&](uint32_t number) {
         return number != kNoWay && steps_[number].kind == Step::Kind::plain &&
                steps_[number].op == Op::split;
     };
-    Vector<uint8_t> ways_in(steps_.size(), 0);  // 2: more than one
+    Working<uint8_t> ways_in(steps_.size(), 0, lowering_.arena);  // 2: more than one
     const auto count = [&](uint32_t link) {
         link = lowering_.behind_nothing(link);
         if (link != kNoWay && ways_in[link] < 2) ++ways_in[link];

@@ -6,6 +6,7 @@
 // between the two ends of their link; links from one region to one node share them.
 //
 // Entry: lower_nodes. Tested by tests/regexp/program_test.cpp.
+#include <algorithm>
 #include <optional>
 
 #include <qxut/util/interrupt.h>
@@ -43,18 +44,12 @@ struct PendingMark {
     const RE_Node* node;
 };
 
-// Room for the first elements, instead of one by one.
-template <class T>
-void reserve_first(Vector<T>& vector, size_t count) {
-    if (vector.capacity() == 0) vector.reserve(count);
-}
-
 class NodeLowering {
   public:
     explicit NodeLowering(Lowering& lowering)
         : lowering_(lowering),
           program_(lowering.program),
-          step_of_(lowering.pattern.nodes.size(), kNoWay) {}
+          step_of_(lowering.pattern.nodes.size(), kNoWay, lowering.arena) {}
 
     void run();
 
@@ -79,19 +74,18 @@ class NodeLowering {
 
     Lowering& lowering_;
     Program& program_;
-    Vector<uint32_t> step_of_;  // of each node
-    SetItems items_;            // of the set in hand
-    Vector<PendingLink> pending_;
-    Vector<PendingMark> pending_marks_;
-    std::map<MarkKey, uint32_t, std::less<>, Allocator<std::pair<const MarkKey, uint32_t>>> marks_;
+    Working<uint32_t> step_of_;        // of each node
+    SetItems items_{lowering_.arena};  // of the set in hand
+    Working<PendingLink> pending_{lowering_.arena};
+    Working<PendingMark> pending_marks_{lowering_.arena};
+    WorkingMap<MarkKey, uint32_t> marks_{lowering_.arena};
     // The references made so far, by number or by the first token of their name.
     struct Meaning {
         bool is_name;
         uint32_t first;
         auto operator<=>(const Meaning&) const = default;
     };
-    std::map<Meaning, uint32_t, std::less<>, Allocator<std::pair<const Meaning, uint32_t>>>
-        references_;
+    WorkingMap<Meaning, uint32_t> references_{lowering_.arena};
     std::optional<TokenNames> names_;  // their tokens stand in the program from named_from_ on
     uint32_t named_from_ = 0;
 };
@@ -168,11 +162,16 @@ void NodeLowering::run() {
     constexpr size_t kPollEvery = 1024;
     for (size_t followed = 1; !pending_.empty(); ++followed) {
         if (followed % kPollEvery == 0 && utTakeInterrupt()) fail_interrupt();
-        const PendingLink link = pending_.back();
+        // Member by member, as it was written: a copy of all would wait for the writes.
+        const PendingLink& link = pending_.back();
+        const uint32_t from = link.step;
+        const Way way = link.way;
+        const uint32_t scope = link.scope;
+        const RE_Link& to = *link.link;
         pending_.pop_back();
-        const uint32_t target = resolve(*link.link, link.scope);
-        Step& step = lowering_.steps[link.step];
-        (link.way == Way::next ? step.next : link.way == Way::alt ? step.alt : step.body) = target;
+        const uint32_t target = resolve(to, scope);
+        Step& step = lowering_.steps[from];
+        (way == Way::next ? step.next : way == Way::alt ? step.alt : step.body) = target;
     }
 }
 
@@ -189,7 +188,7 @@ Step NodeLowering::character(char32_t c, bool ignores_case) {
         step.repeat.other = members[0] < members[1] ? members[1] : members[0];
     } else if (count > 2) {
         step.op = Op::set;
-        step.arg = lowering_.set_of(SetItems(1, range_item(c, c, true)));
+        step.arg = lowering_.set_of(SetItems(1, range_item(c, c, true), lowering_.arena));
     }
     return step;
 }
@@ -235,6 +234,7 @@ void NodeLowering::lower_string(const RE_String& node, uint32_t step, uint32_t s
         reserve_first(program_.strings, 4);
         program_.strings.push_back(
             {static_cast<uint32_t>(program_.units.size()), static_cast<uint32_t>(node.length)});
+        reserve_first(program_.units, std::max(lowering_.pattern.text.size(), node.length));
         program_.units.insert(program_.units.end(), node.text, node.text + node.length);
         follow(step, Way::next, node.next, scope);
         return;
@@ -399,9 +399,7 @@ uint32_t NodeLowering::add_text(const RE_Text& text) {
 // The step of a node, made where there is none yet.
 uint32_t NodeLowering::lower(const RE_Node& node, uint32_t scope) {
     if (step_of_[node.index] != kNoWay) return step_of_[node.index];
-    Step blank;
-    blank.scope = scope;
-    const uint32_t number = lowering_.add_step(blank);
+    const uint32_t number = lowering_.add_step(scope);
     step_of_[node.index] = number;
     Step& step = lowering_.steps[number];
     const auto go = [&](Op op) {
@@ -561,6 +559,12 @@ uint32_t Lowering::set_of(const SetItems& items) {
     program.sets.push_back(builder.finish(is_negated));
     items_of.push_back(&sets.emplace(items, number).first->first);
     return number;
+}
+
+uint32_t Lowering::add_step(uint32_t scope) {
+    if (steps.size() >= kMostInstructions) fail_program_too_large(kMostInstructions, 0);
+    steps.emplace_back().scope = scope;
+    return static_cast<uint32_t>(steps.size() - 1);
 }
 
 uint32_t Lowering::add_step(const Step& step) {

@@ -13,10 +13,14 @@
 
 #include <map>
 
+#include "regexp/arena.h"
 #include "regexp/character_set.h"
 #include "regexp/program.h"
 
 namespace qxut::regexp {
+
+template <class Key, class T>
+using WorkingMap = std::map<Key, T, std::less<>, ArenaAllocator<std::pair<const Key, T>>>;
 
 struct Step {
     enum class Kind : uint8_t {
@@ -44,21 +48,25 @@ struct LoweredScope : Scope {
 };
 
 // What one set was made of, to know an equal one and to unite two.
-using SetItems = Vector<uint64_t>;
+using SetItems = Working<uint64_t>;
 
 struct Lowering {
-    explicit Lowering(const Pattern& p) : pattern(p) {}
+    // `into` is empty.
+    Lowering(const Pattern& p, Program& into) : pattern(p), program(into) {}
 
     const Pattern& pattern;
-    Program program;
-    Vector<Step> steps;
-    Vector<LoweredScope> scopes;
-    Vector<uint32_t> ways;
+    Program& program;
+    Arena arena;  // of all that is not the program
+    Working<Step> steps{arena};
+    Working<LoweredScope> scopes{arena};
+    Working<uint32_t> ways{arena};
     uint32_t first = kNoWay;
 
-    std::map<SetItems, uint32_t, std::less<>, Allocator<std::pair<const SetItems, uint32_t>>> sets;
-    Vector<const SetItems*> items_of;  // of each set; the map's keys
+    WorkingMap<SetItems, uint32_t> sets{arena};
+    Working<const SetItems*> items_of{arena};  // of each set; the map's keys
 
+    // A step without anything but a scope; a copy of `step`.
+    uint32_t add_step(uint32_t scope);
     uint32_t add_step(const Step& step);
     uint32_t add_scope(Scope::Kind kind, uint32_t parent, uint32_t arg);
 
@@ -85,12 +93,12 @@ void lower_backwards(Lowering& lowering, const Vector<bool>& regions);
 void lower_loops(Lowering& lowering);
 void lower_layout(Lowering& lowering);
 void lower_lengths(Program& program);
-void lower_choices(Program& program);
+void lower_choices(Program& program, Arena& arena);
 // `is_outermost`: nothing follows the program's end.
 void lower_scans(Program& program, bool is_outermost);
 
 // Steps in pattern order.
-Vector<uint32_t> order_steps(const Lowering& lowering);
+Working<uint32_t> order_steps(Lowering& lowering);
 
 // One of the instructions that consume a single character forwards.
 constexpr bool is_single(Op op) { return op <= Op::set; }

@@ -23,8 +23,8 @@ Parser::Parser(const Source& source, const ParseOptions& options, Pattern& patte
     : source_(source),
       options_(options),
       pattern_(pattern),
-      assembly_(pattern),
-      closers_(source),
+      assembly_(pattern, arena_),
+      closers_(source, arena_),
       escapes_(source),
       flags_(options.flags & kAllFlags) {}
 
@@ -225,11 +225,11 @@ void Parser::add_plain_characters() {
 
 void Parser::flush_run() {
     if (run_characters_ == 0) return;
-    Fragment fragment;
+    const RE_Node* literal = nullptr;
     if (run_characters_ == 1) {
         size_t begin = 0;
         const char32_t c = read_character(run_.data(), begin, run_.size());
-        fragment = character_fragment(c, run_begin_, run_ignores_case_);
+        literal = make_character(c, run_begin_, run_ignores_case_);
     } else {
         auto* node = assembly_.make<RE_String>(run_begin_);
         node->ignores_case = run_ignores_case_;
@@ -237,12 +237,13 @@ void Parser::flush_run() {
         if (run_is_verbatim_) {
             node->text = source_.text + run_begin_;
         } else {
-            pattern_.units.emplace_back(run_);
+            pattern_.units.emplace_back(run_.begin(), run_.end());
             node->text = pattern_.units.back().data();
         }
-        fragment = assembly_.open_fragment_of(*node);
-        fragment.consumes = true;
+        literal = node;
     }
+    Fragment fragment = assembly_.open_fragment_of(*literal);
+    fragment.consumes = true;
     run_.clear();
     run_characters_ = 0;
     assembly_.append(levels_.back().sequence, fragment);

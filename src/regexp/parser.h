@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "regexp/arena.h"
 #include "regexp/assembly.h"
 #include "regexp/closers.h"
 #include "regexp/escapes.h"
@@ -120,16 +121,17 @@ class Parser {
     const Source& source_;
     const ParseOptions& options_;
     Pattern& pattern_;
+    Arena arena_;
     Assembly assembly_;
     Closers closers_;
     EscapeReader escapes_;
-    Vector<Level> levels_;
-    Vector<Conditional> conditionals_;
+    Working<Level> levels_{arena_};
+    Working<Conditional> conditionals_{arena_};
     RE_Flags flags_;
     size_t at_ = 0;
 
     // The run of literals: its units, and where it came from.
-    Vector<char16_t> run_;
+    Working<char16_t> run_{arena_};
     size_t run_characters_ = 0;
     size_t run_begin_ = 0;
     size_t run_end_ = 0;

@@ -33,6 +33,16 @@ bool is_inside_pair(const char16_t* text, size_t length, size_t position) {
            is_high_surrogate(text[position - 1]);
 }
 
+// The program is made in the place that it stays in.
+Program parse_and_lower(const char16_t* text, size_t length, RE_Flags flags, RE_Context* context,
+                        Pattern& pattern) {
+    ParseOptions options;
+    options.flags = flags;
+    options.context = context;
+    parse(text, length, options, pattern);
+    return lower(pattern);
+}
+
 RE_Tree::Parts* compile(const char16_t* text, size_t length, RE_Flags flags, RE_Context* context) {
     return require(new RE_Tree::Parts(text != nullptr ? text : u"", text != nullptr ? length : 0,
                                       flags, context));
@@ -96,13 +106,10 @@ PreparedFunctions::~PreparedFunctions() {
 }
 
 RE_Tree::Parts::Parts(const char16_t* text, size_t length, RE_Flags flags, RE_Context* lender)
-    : context(lender), functions{lender, {}} {
-    ParseOptions options;
-    options.flags = flags;
-    options.context = lender;
-    parse(text, length, options, pattern);
-    program = lower(pattern);
-    starts.reset(analyze(program));
+    : context(lender),
+      program(parse_and_lower(text, length, flags, lender, pattern)),
+      starts(analyze(program)),
+      functions{lender, {}} {
     if (starts->way != StartSearch::Way::everywhere) add_seeker();
     prepare_expressions();
 }

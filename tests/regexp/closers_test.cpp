@@ -66,7 +66,8 @@ TEST(Closers, AgreeWithScans) {
         std::u16string text;
         for (size_t i = random() % 14; i > 0; --i) text += pieces[random() % std::size(pieces)];
         const Source source{text.data(), text.size(), text.data(), nullptr};
-        Closers closers(source);
+        Arena arena;
+        Closers closers(source, arena);
         const Scan scan(text);
         for (size_t i = 0; i < text.size(); ++i) {
             for (const bool free_spacing : {false, true}) {
