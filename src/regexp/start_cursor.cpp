@@ -342,6 +342,7 @@ bool StartCursor::first_match(size_t from, const SeekPoll& poll, Match& match) {
         if (match.start == kUnset) return false;
         if (starts_->whole == StartSearch::Whole::landmark) {
             match.end = match.start + starts_->landmark.length();
+            passed(match.end - match.start, poll);
             return true;
         }
         match.end = run_end(match.start, poll);
@@ -352,6 +353,7 @@ bool StartCursor::first_match(size_t from, const SeekPoll& poll, Match& match) {
         // What may begin a run is not always sought, and this place does not.
         if (match.end == length_) return false;
         from = after(match.end);
+        passed(from - match.end, poll);
     }
 }
 
