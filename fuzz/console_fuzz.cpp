@@ -1,7 +1,7 @@
 // console_fuzz.cpp - the reference host on any statements and any data file.
 //
-// Input: statements, a NUL, the bytes of a CSV file that is loaded first. What reads or writes files
-// or runs for long is left out. After each input the host's allocator must hold nothing.
+// Input: statements, a NUL, the bytes of a CSV file that is loaded first. What reads or writes
+// files or runs for long is left out. After each input the host's allocator must hold nothing.
 #include <unistd.h>
 
 #include <algorithm>

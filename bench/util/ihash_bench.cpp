@@ -3,8 +3,8 @@
 //
 // Keys are 64 random bits under the default callbacks, or texts of 8 to 32 characters under the
 // ready-made ones; 8 bytes of data. Both sides are called through functions that are not in line,
-// and remove by moving the last entry into the hole. The load bounds are those of the name hash; the
-// standard table never shrinks.
+// and remove by moving the last entry into the hole. The load bounds are those of the name hash;
+// the standard table never shrinks.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
