@@ -20,8 +20,8 @@
 #include <qxut/util/contexts.hpp>
 
 #include "i18n/unloading.h"
-#include "regexp/unloading.h"
 #include "platform/loader.h"
+#include "regexp/unloading.h"
 #include "util/builtin_tables.h"
 
 namespace qxut {
