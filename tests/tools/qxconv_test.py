@@ -7,30 +7,16 @@ import resource
 import signal
 import stat
 import subprocess
-import sys
-import tempfile
 import unittest
 
-PROGRAM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else "qxconv"
+from tool_test import ToolTest, program
+
+PROGRAM = program("qxconv")
 TEXT = "番号,名前\n1,水素\n2,ヘリウム\n3,リチウム\n4,ベリリウム\n5,ホウ素\n6,炭素\n"
 
 
-class Qxconv(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-
-    def path(self, name, contents=None):
-        path = os.path.join(self.folder.name, name)
-        if contents is not None:
-            with open(path, "wb") as file:
-                file.write(contents)
-        return path
-
-    def run_tool(self, *arguments, status=0, source=b"", **more):
-        done = subprocess.run([PROGRAM, *arguments], input=source, capture_output=True, timeout=120, **more)
-        self.assertEqual(done.returncode, status, (arguments, done.stderr))
-        return done
+class Qxconv(ToolTest):
+    program = PROGRAM
 
     def contents(self, path):
         with open(path, "rb") as file:

@@ -5,11 +5,11 @@ import os
 import resource
 import shutil
 import subprocess
-import sys
-import tempfile
 import unittest
 
-PROGRAM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else "qxre"
+from tool_test import ToolTest, program
+
+PROGRAM = program("qxre")
 TEXT = """alpha beta
 Gamma 12 34
 
@@ -18,23 +18,8 @@ last 水素 line 89
 """
 
 
-class Qxre(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-
-    def path(self, name, contents=None):
-        path = os.path.join(self.folder.name, name)
-        if contents is not None:
-            with open(path, "wb") as file:
-                file.write(contents)
-        return path
-
-    def run_tool(self, *arguments, status=0, source=b"", **more):
-        done = subprocess.run([PROGRAM, *arguments], input=source, capture_output=True, timeout=300,
-                              cwd=self.folder.name, **more)
-        self.assertEqual(done.returncode, status, (arguments, done.stderr))
-        return done
+class Qxre(ToolTest):
+    program = PROGRAM
 
     def find(self, *arguments, **more):
         return self.run_tool("find", *arguments, **more).stdout.decode()
